@@ -1,0 +1,334 @@
+#include "core/config_store.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <charconv>
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <random>
+#include <sstream>
+
+#include "core/build_profile.h"
+#include "core/errors.h"
+#include "core/log.h"
+#include "core/support.h"
+#include "core/ui_services.h"
+
+namespace fs = std::filesystem;
+
+namespace tl {
+namespace {
+
+std::string Trim(const std::string& s) {
+    size_t b = s.find_first_not_of(" \t");
+    if (b == std::string::npos) return {};
+    size_t e = s.find_last_not_of(" \t");
+    return s.substr(b, e - b + 1);
+}
+
+bool ReadWholeFile(const std::string& path, std::string& out) {
+    std::ifstream in(path, std::ios::binary);
+    if (!in) return false;
+    std::ostringstream text;
+    text << in.rdbuf();
+    out = text.str();
+    return true;
+}
+
+// The fields of a file as the comma-or-newline field input reads them.
+std::vector<std::string> ReadFields(const std::string& text) {
+    std::vector<std::string> fields;
+    const size_t n = text.size();
+    size_t pos = 0;
+    while (pos < n) {
+        while (pos < n && (text[pos] == ' ' || text[pos] == '\t')) ++pos;
+        if (pos >= n) break;
+        std::string field;
+        if (text[pos] == '"') {
+            const size_t close = text.find('"', pos + 1);
+            if (close == std::string::npos) {
+                field = text.substr(pos + 1);
+                pos = n;
+            } else {
+                field = text.substr(pos + 1, close - pos - 1);
+                pos = close + 1;
+            }
+            // Whatever follows the closing quote up to the next delimiter is
+            // passed over.
+            while (pos < n && text[pos] != ',' && text[pos] != '\r' && text[pos] != '\n') ++pos;
+        } else {
+            const size_t start = pos;
+            while (pos < n && text[pos] != ',' && text[pos] != '\r' && text[pos] != '\n') ++pos;
+            field = Trim(text.substr(start, pos - start));
+        }
+        if (pos < n) {
+            if (text[pos] == ',') {
+                ++pos;
+            } else if (text[pos] == '\r') {
+                ++pos;
+                if (pos < n && text[pos] == '\n') ++pos;
+            } else {
+                ++pos;
+            }
+        }
+        fields.push_back(std::move(field));
+    }
+    return fields;
+}
+
+std::string RecordLine(const std::string& key, const std::string& value) {
+    return "\"" + key + "\",\"" + value + "\"\r\n";
+}
+
+using Records = std::vector<std::pair<std::string, std::string>>;
+
+// The table of 501 rows that SetConfig and RemoveUserVarsFromConfig fill; a
+// longer file overflows it.
+Records ReadConfigTable(const std::string& file) {
+    std::string text;
+    if (!ReadWholeFile(file, text)) throw RuntimeError(kErrFileNotFound, "File not found: " + file);
+    Records records;
+    std::vector<std::string> fields = ReadFields(text);
+    for (size_t i = 0; i < fields.size(); i += 2) {
+        if (static_cast<int>(records.size()) >= kConfigTableRows)
+            throw RuntimeError(kErrSubscriptOutOfRange, "Subscript out of range");
+        records.emplace_back(fields[i], i + 1 < fields.size() ? fields[i + 1] : std::string());
+    }
+    return records;
+}
+
+void RequireWritableTarget(const std::string& file) {
+    struct stat st {};
+    if (::stat(file.c_str(), &st) == 0 && (!(st.st_mode & S_IWUSR) || S_ISDIR(st.st_mode)))
+        throw RuntimeError(kErrPathFileAccess, "Path/File access error: " + file);
+}
+
+bool ConfigWritable() {
+    const std::string& cfg = Paths().TracelabCfgPath;
+    return FileReadable(cfg) && FileWriteable(cfg);
+}
+
+}  // namespace
+
+std::vector<std::pair<std::string, std::string>> ReadConfigRecords(const std::string& file) {
+    std::string text;
+    Records records;
+    if (!ReadWholeFile(file, text)) return records;
+    std::vector<std::string> fields = ReadFields(text);
+    for (size_t i = 0; i < fields.size(); i += 2)
+        records.emplace_back(fields[i], i + 1 < fields.size() ? fields[i + 1] : std::string());
+    return records;
+}
+
+std::string ConfigNumberText(float value) {
+    char buf[128];
+    auto res = std::to_chars(buf, buf + sizeof buf, value, std::chars_format::fixed);
+    if (res.ec != std::errc()) return "0";
+    std::string text(buf, res.ptr);
+    for (char& c : text)
+        if (c == ',') c = '.';
+    return text;
+}
+
+float GetConfig(const std::string& file, const std::string& key) {
+    return ProcedureValue("GetConfig", 0.0f, [&]() -> float {
+        if (!FileExists(file)) {
+            Message("A system file cannot be found\r\n" + file);
+            WriteFileAtomically(file, "");
+            return 0.0f;
+        }
+        for (const auto& [k, v] : ReadConfigRecords(file))
+            if (k == key) return static_cast<float>(GetVal_NI(v));
+        return 0.0f;
+    });
+}
+
+std::string GetConfigString(const std::string& file, const std::string& key) {
+    return ProcedureValue("GetConfigString", std::string(), [&]() -> std::string {
+        std::string value;
+        if (!FileExists(file)) {
+            Message("A system file cannot be found" + file);
+            WriteFileAtomically(file, "");
+        } else {
+            bool found = false;
+            for (const auto& [k, v] : ReadConfigRecords(file)) {
+                if (k == key) {
+                    value = v;
+                    found = true;
+                    break;
+                }
+            }
+            if (!found) LogDebug("Can't find " + key + " in the config file!");
+        }
+        LogDebug("Get config string from: " + file + " : " + key + "=" + value);
+        return value;
+    });
+}
+
+void SetConfig(const std::string& file, const std::string& key, float value) {
+    Procedure("SetConfig", [&] {
+        if (!ConfigWritable()) return;
+        Records table = ReadConfigTable(file);
+        std::string out;
+        for (const auto& [k, v] : table) {
+            if (k.empty()) break;
+            if (k == key) continue;
+            out += RecordLine(k, v);
+        }
+        out += RecordLine(key, ConfigNumberText(value));
+        RequireWritableTarget(file);
+        if (!WriteFileAtomically(file, out))
+            throw RuntimeError(kErrPathFileAccess, "Path/File access error: " + file);
+    });
+}
+
+bool SetConfigString(const std::string& file, const std::string& key, const std::string& value) {
+    Procedure("SetConfigString", [&] {
+        if (!ConfigWritable()) return;
+        std::string text;
+        if (!ReadWholeFile(file, text)) throw RuntimeError(kErrFileNotFound, "File not found: " + file);
+        Records records = ReadConfigRecords(file);
+        bool found = false;
+        for (auto& [k, v] : records) {
+            if (k == key) {
+                found = true;
+                break;
+            }
+        }
+        RequireWritableTarget(file);
+        if (found) {
+            // Copied line by line with the new value in the key's line; the
+            // lines keep their order. The copy goes through the scratch file
+            // and replaces the file in one step.
+            std::string out;
+            for (auto& [k, v] : records) out += RecordLine(k, k == key ? value : v);
+            const std::string& temp = Paths().TempDatPath.empty() ? file + ".tmp" : Paths().TempDatPath;
+            if (!WriteFileAtomically(temp, out))
+                throw RuntimeError(kErrPathFileAccess, "Path/File access error: " + temp);
+            std::error_code ec;
+            fs::rename(temp, file, ec);
+            if (ec) {
+                if (!CopyFileReplacing(temp, file))
+                    throw RuntimeError(kErrPathFileAccess, "Path/File access error: " + file);
+                DeleteFileIfPresent(temp);
+            }
+        } else {
+            std::ofstream out(file, std::ios::binary | std::ios::app);
+            out << RecordLine(key, value);
+            if (!out) throw RuntimeError(kErrPathFileAccess, "Path/File access error: " + file);
+        }
+    });
+    return true;
+}
+
+void RemoveUserVarsFromConfig() {
+    Procedure("RemoveUserVarsFromConfig", [&] {
+        const std::string& file = Paths().TracelabCfgPath;
+        if (!FileReadable(file)) return;
+        Records table = ReadConfigTable(file);
+        std::string out;
+        for (const auto& [k, v] : table) {
+            if (k.empty()) break;
+            if (k.rfind("U:", 0) == 0) {
+                LogDebug(k + "removed from the config file");
+                continue;
+            }
+            out += RecordLine(k, v);
+        }
+        RequireWritableTarget(file);
+        if (!WriteFileAtomically(file, out))
+            throw RuntimeError(kErrPathFileAccess, "Path/File access error: " + file);
+    });
+}
+
+bool FileExists(std::string& path) {
+    if (size_t nul = path.find('\0'); nul != std::string::npos) path.resize(nul);
+    for (char& c : path)
+        if (c == '"') c = ' ';
+    path = Trim(path);
+    std::error_code ec;
+    bool exists = !path.empty() && fs::exists(fs::path(path), ec);
+    if (!exists) LogDebug(path + " cannot be found, sorry!");
+    return exists;
+}
+
+bool FileExists(const std::string& path) {
+    std::string copy = path;
+    return FileExists(copy);
+}
+
+bool FileReadable(const std::string& path) {
+    int fd = path.empty() ? -1 : ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    bool ok = fd >= 0;
+    if (ok) {
+        struct stat st {};
+        ok = ::fstat(fd, &st) == 0 && !S_ISDIR(st.st_mode);
+        ::close(fd);
+    }
+    if (!ok) LogDebug(path + " is locked for some reason");
+    return ok;
+}
+
+bool FileWriteable(const std::string& path) {
+    bool ok = !path.empty();
+    if (ok) {
+        struct stat st {};
+        if (::stat(path.c_str(), &st) == 0 && (S_ISDIR(st.st_mode) || !(st.st_mode & S_IWUSR))) ok = false;
+    }
+    if (ok) {
+        int fd = ::open(path.c_str(), O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC, 0666);
+        ok = fd >= 0;
+        if (ok) ::close(fd);
+    }
+    if (!ok) LogDebug(path + " is locked for some reason");
+    return ok;
+}
+
+std::string ExtractFileName(const std::string& path) {
+    std::string s = Trim(path);
+    if (s.empty()) return "No Name";
+    size_t slash = s.find_last_of("\\/");
+    std::string last = slash == std::string::npos ? s : s.substr(slash + 1);
+    if (size_t dot = last.find('.'); dot != std::string::npos) last.resize(dot);
+    return last;
+}
+
+bool WriteFileAtomically(const std::string& path, const std::string& bytes) {
+    if (path.empty()) return false;
+    static std::mt19937 rng{std::random_device{}()};
+    const std::string temp = path + ".part" + std::to_string(rng() % 1000000);
+    {
+        std::FILE* f = std::fopen(temp.c_str(), "wb");
+        if (!f) return false;
+        bool ok = std::fwrite(bytes.data(), 1, bytes.size(), f) == bytes.size();
+        ok = (std::fflush(f) == 0) && ok;
+        ok = (std::fclose(f) == 0) && ok;
+        if (!ok) {
+            std::remove(temp.c_str());
+            return false;
+        }
+    }
+    std::error_code ec;
+    fs::rename(temp, path, ec);
+    if (ec) {
+        std::remove(temp.c_str());
+        return false;
+    }
+    return true;
+}
+
+bool CopyFileReplacing(const std::string& from, const std::string& to) {
+    std::string bytes;
+    if (!ReadWholeFile(from, bytes)) return false;
+    return WriteFileAtomically(to, bytes);
+}
+
+bool DeleteFileIfPresent(const std::string& path) {
+    std::error_code ec;
+    return fs::remove(path, ec);
+}
+
+}  // namespace tl

@@ -1,0 +1,56 @@
+// The configuration store: small text files of lines of two double-quoted
+// fields, "key","value" CR LF. Nothing is cached: every read scans the file
+// from the top, every write rewrites it, so a value set by one form is seen at
+// once by any other.
+//
+// Writes replace the file through a temporary file and a rename, so a failed
+// write never leaves a damaged file behind; the observable result (the lines
+// and their order) is that of the original rewrite.
+#pragma once
+
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace tl {
+
+// Rows held by the table of SetConfig and RemoveUserVarsFromConfig; a file of
+// more records raises a subscript error (RuntimeError 9) before anything is
+// written.
+inline constexpr int kConfigTableRows = 501;
+
+float GetConfig(const std::string& file, const std::string& key);
+void SetConfig(const std::string& file, const std::string& key, float value);
+std::string GetConfigString(const std::string& file, const std::string& key);
+bool SetConfigString(const std::string& file, const std::string& key, const std::string& value);
+void RemoveUserVarsFromConfig();
+
+// The records of a configuration file, read as the original's comma-or-newline
+// field input does: a quoted field runs to the next double quote, so a quote
+// inside a value breaks the file for every later reader, as it always did.
+std::vector<std::pair<std::string, std::string>> ReadConfigRecords(const std::string& file);
+// The text a number is stored as: the shortest decimal text of the single,
+// in fixed notation (no exponent, which GetVal_NI could not read), with a
+// point as the decimal mark whatever the locale.
+std::string ConfigNumberText(float value);
+
+// FileExists and FileReadable change the caller's string as the original did
+// (cut at a NUL, quotes to blanks, trimmed).
+bool FileExists(std::string& path);
+bool FileExists(const std::string& path);
+bool FileReadable(const std::string& path);
+// Opens for appending, so an absent file is created. A file without the
+// owner's write permission counts as read-only and yields false even for root.
+bool FileWriteable(const std::string& path);
+// Trimmed, last element after "\" or "/", cut at the first "."; "No Name" for
+// an empty input.
+std::string ExtractFileName(const std::string& path);
+
+// Small file helpers for the store's own use and for callers that copy
+// option files around (car files, the scratch file).
+bool CopyFileReplacing(const std::string& from, const std::string& to);
+bool DeleteFileIfPresent(const std::string& path);
+// Writes the whole text to path through a temporary file and a rename.
+bool WriteFileAtomically(const std::string& path, const std::string& bytes);
+
+}  // namespace tl

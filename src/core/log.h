@@ -1,0 +1,14 @@
+// The diagnostic log, Tracelab.log in the configuration root.
+//
+// LogDebug writes only with DebugFlag on and InterpFlag off; it opens the file
+// for appending, writes one line ended by CR LF and closes it again on every
+// call, so that a crash loses nothing. No time stamp or level is added.
+#pragma once
+
+#include <string>
+
+namespace tl {
+
+void LogDebug(const std::string& text);
+
+}  // namespace tl

@@ -1,0 +1,64 @@
+// The procedures of the run store and the variable catalogue.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+namespace tl {
+
+// --- run store ---
+void AllocateRunArray(int32_t run);
+void WipeRunData(int32_t run);
+void ClearCurrentRun(bool all);
+void CheckInternalDataStillValid();
+void ReprocessAllRuns();
+void PreserveRawData(int32_t newUpperIndex);
+void PreserveRawDataHX40(int32_t newUpperIndex);
+void PreserveRawDataMQ7(int32_t newUpperIndex);
+void PreserveRunData(int32_t newUpperRow);
+void DeleteRun(int32_t run);
+void DeleteRunHX40(int32_t run);
+void DeleteRunMQ7(int32_t run);
+int FindVar(const std::string& name);
+int32_t FindVarIndex(const std::string& name);
+int32_t FindRunIndex(const std::string& name);
+// The run whose rows hold row, 0 if none.
+int32_t FindRunOfRow(int32_t row);
+void DeleteVariableData(int32_t firstRow, int32_t lastRow, int slotNumber);
+void CopyVariableData(int32_t firstRow, int32_t lastRow, int fromSlot, int toSlot);
+void CheckMemoryAvailable(double bytes);
+// Mean of RunData rows first to last in a column; bounds below 1 become 1.
+float AvVar(int32_t first, int32_t last, int32_t column);
+
+// The trim of frmTrimRun as an engine function. The times are the texts of
+// the StartTime and EndTime boxes, read with GetVal.
+enum class TrimResult {
+    Done,
+    EndNotAfterStart,   // "The end time must be after start time"
+    NegativeTime,       // "Times must be positive"
+    EndAfterRunEnd,     // "End time is after the end of the run"
+    NoHardware,         // "No hardware specified!!"
+    // A stream-family run before the stream scan is built: refused with a
+    // message, the run unchanged; the form closes.
+    NotAvailable,
+};
+struct TrimDefaults {
+    std::string title;      // "Trim Run Number: " run
+    std::string startTime;  // "0.00"
+    std::string endTime;    // RunLength / 100 - 0.01
+};
+TrimDefaults TrimRunDefaults(int32_t run);
+// Shows the Part's message for a refusal and returns which; the form stays
+// open on the first three.
+TrimResult TrimRun(int32_t run, const std::string& startTime, const std::string& endTime);
+
+// --- variable catalogue ---
+void SetAvailableVars();
+void InitVarNames();
+bool EnableBuildVariables();
+void SetAlwaysOnVars();
+void CheckVariableDependancies();
+void DisableWheelSpeedOptions();
+void ApplyProfileToOptions();
+
+}  // namespace tl
