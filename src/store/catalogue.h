@@ -17,8 +17,8 @@ struct RunVar {
 };
 
 inline constexpr int kNoDataSlot = 201;
-inline constexpr int kFirstSerialSlot = 51;   // "Serial Bytes Rx [-]"; "S:" from 52
-inline constexpr int kFirstUserSlot = 100;    // "U:" 100 to 199
+inline constexpr int kFirstSerialSlot = 51;  // "Serial Bytes Rx [-]"; "S:" from 52
+inline constexpr int kFirstUserSlot = 100;   // "U:" 100 to 199
 
 // Slot numbers that stand as constants in the derived code.
 namespace slot {
@@ -53,6 +53,8 @@ VariableCatalogue& Catalogue();
 // "Speed [mph]" / "Speed [kph]".
 std::string PlainVarName(int slotNumber);
 
-inline int32_t ColumnOf(int slotNumber) { return Catalogue().RunVars[slotNumber].Column; }
+inline int32_t ColumnOf(int slotNumber) {
+    return Catalogue().RunVars[slotNumber].Column;
+}
 
 }  // namespace tl

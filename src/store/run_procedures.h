@@ -34,10 +34,10 @@ float AvVar(int32_t first, int32_t last, int32_t column);
 // the StartTime and EndTime boxes, read with GetVal.
 enum class TrimResult {
     Done,
-    EndNotAfterStart,   // "The end time must be after start time"
-    NegativeTime,       // "Times must be positive"
-    EndAfterRunEnd,     // "End time is after the end of the run"
-    NoHardware,         // "No hardware specified!!"
+    EndNotAfterStart,  // "The end time must be after start time"
+    NegativeTime,      // "Times must be positive"
+    EndAfterRunEnd,    // "End time is after the end of the run"
+    NoHardware,        // "No hardware specified!!"
     // A stream-family run before the stream scan is built: refused with a
     // message, the run unchanged; the form closes.
     NotAvailable,

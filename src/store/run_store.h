@@ -49,7 +49,7 @@ struct RunRecord {
 // the peak of a resize at the final size plus one column.
 template <class T>
 class GrowBlock {
-public:
+  public:
     GrowBlock() = default;
     ~GrowBlock() { std::free(data_); }
     GrowBlock(const GrowBlock& other) { *this = other; }
@@ -68,14 +68,14 @@ public:
     // RuntimeError 7 (out of memory) when the block cannot be had.
     void Resize(size_t newSize);
 
-private:
+  private:
     T* data_ = nullptr;
     size_t size_ = 0;
 };
 
 // The raw logger bytes in the family's shape.
 class RawArray {
-public:
+  public:
     // Empties the array to index 0 to 1 in the given shape.
     void Reset(bool planes);
     bool planes() const { return planes_; }
@@ -97,7 +97,7 @@ public:
     // Bytes held.
     size_t Bytes() const;
 
-private:
+  private:
     bool planes_ = false;
     int32_t upper_ = -1;
     std::array<GrowBlock<uint8_t>, 8> data_;
@@ -105,7 +105,7 @@ private:
 
 // RunData: column-contiguous single-precision table.
 class RunArray {
-public:
+  public:
     int32_t UpperRow() const { return upper_; }
     int32_t Columns() const { return static_cast<int32_t>(columns_.size()); }
     float& operator()(int32_t row, int32_t column) { return columns_[column][row]; }
@@ -124,7 +124,7 @@ public:
     void SetUpperRow(int32_t newUpper) { upper_ = newUpper; }
     size_t Bytes() const;
 
-private:
+  private:
     int32_t upper_ = -1;
     std::vector<GrowBlock<float>> columns_;
 };
@@ -145,6 +145,8 @@ extern template class GrowBlock<uint8_t>;
 extern template class GrowBlock<float>;
 
 // Convenience for readers: RunData(row, column).
-inline float& RunData(int32_t row, int32_t column) { return Store().RunData(row, column); }
+inline float& RunData(int32_t row, int32_t column) {
+    return Store().RunData(row, column);
+}
 
 }  // namespace tl

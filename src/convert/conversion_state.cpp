@@ -1,0 +1,10 @@
+#include "convert/conversion_state.h"
+
+namespace tl {
+
+ConversionState& Conversion() {
+    static ConversionState state;
+    return state;
+}
+
+}  // namespace tl

@@ -1,0 +1,462 @@
+// The run store's arrays and the procedures that size, empty and search them.
+//
+// Column count of RunData: a clear allocates columns 0 to 201 (the most a
+// catalogue can enable), and from then on PreserveRunData lays the table out
+// with NumVars columns, keeping the existing columns 0 to NumVars - 1 and
+// dropping any beyond. Since the catalogue is always rebuilt by the clear that
+// precedes an allocation, the two agree whenever rows are filled.
+#include "store/run_store.h"
+
+#include <algorithm>
+#include <cstring>
+#include <new>
+
+#include "convert/conversion_state.h"
+#include "convert/convert_driver.h"
+#include "convert/stream_scan.h"
+#include "core/build_profile.h"
+#include "core/config_store.h"
+#include "core/errors.h"
+#include "core/log.h"
+#include "core/platform.h"
+#include "core/ui_services.h"
+#include "derived/reference_lap.h"
+#include "derived/time_slip.h"
+#include "files/summary_run_list.h"
+#include "results/track_markers.h"
+#include "store/catalogue.h"
+#include "store/frame_rules.h"
+#include "store/run_procedures.h"
+
+namespace tl {
+
+// --- GrowBlock ---
+
+template <class T>
+GrowBlock<T>& GrowBlock<T>::operator=(const GrowBlock& other) {
+    if (this == &other) return *this;
+    Resize(0);
+    Resize(other.size_);
+    if (other.size_) std::memcpy(data_, other.data_, other.size_ * sizeof(T));
+    return *this;
+}
+
+template <class T>
+GrowBlock<T>& GrowBlock<T>::operator=(GrowBlock&& other) noexcept {
+    if (this != &other) {
+        std::free(data_);
+        data_ = std::exchange(other.data_, nullptr);
+        size_ = std::exchange(other.size_, 0);
+    }
+    return *this;
+}
+
+template <class T>
+void GrowBlock<T>::Resize(size_t newSize) {
+    if (newSize == size_) return;
+    if (newSize == 0) {
+        std::free(data_);
+        data_ = nullptr;
+        size_ = 0;
+        return;
+    }
+    if (newSize > SIZE_MAX / sizeof(T)) throw RuntimeError(kErrOutOfMemory, "Out of memory");
+    void* p = std::realloc(data_, newSize * sizeof(T));
+    if (!p) throw RuntimeError(kErrOutOfMemory, "Out of memory");
+    data_ = static_cast<T*>(p);
+    if (newSize > size_) std::memset(data_ + size_, 0, (newSize - size_) * sizeof(T));
+    size_ = newSize;
+}
+
+template class GrowBlock<uint8_t>;
+template class GrowBlock<float>;
+
+// --- RawArray ---
+
+void RawArray::Reset(bool planes) {
+    planes_ = planes;
+    for (auto& v : data_) v.Resize(0);
+    upper_ = -1;
+    Resize(1);
+}
+
+void RawArray::Resize(int32_t newUpper) {
+    if (newUpper < 0) newUpper = 0;
+    const size_t n = static_cast<size_t>(newUpper) + 1;
+    for (int v = 0; v < VectorCount(); ++v) data_[v].Resize(n);
+    upper_ = newUpper;
+}
+
+size_t RawArray::Bytes() const {
+    size_t total = 0;
+    for (const auto& v : data_) total += v.size();
+    return total;
+}
+
+// --- RunArray ---
+
+void RunArray::Reset(int32_t upperRow, int32_t columns) {
+    columns_.clear();
+    upper_ = std::max(upperRow, 0);
+    columns_.resize(static_cast<size_t>(std::max(columns, 0)));
+    for (auto& c : columns_) c.Resize(static_cast<size_t>(upper_) + 1);
+}
+
+void RunArray::ResizeColumn(int32_t column, int32_t newUpper) {
+    columns_[column].Resize(static_cast<size_t>(std::max(newUpper, 0)) + 1);
+}
+
+void RunArray::SetColumnCount(int32_t columns) {
+    const size_t old = columns_.size();
+    columns_.resize(static_cast<size_t>(std::max(columns, 0)));
+    for (size_t c = old; c < columns_.size(); ++c)
+        columns_[c].Resize(static_cast<size_t>(std::max(upper_, 0)) + 1);
+}
+
+size_t RunArray::Bytes() const {
+    size_t total = 0;
+    for (const auto& c : columns_) total += c.size() * sizeof(float);
+    return total;
+}
+
+RunStore& Store() {
+    static RunStore store;
+    return store;
+}
+
+// --- procedures ---
+
+namespace {
+
+bool ValidRecord(int32_t run) {
+    return run >= 1 && run <= 11;
+}
+
+}  // namespace
+
+void AllocateRunArray(int32_t run) {
+    Procedure("AllocateRunArray", [&] {
+        if (!ValidRecord(run)) return;
+        RunStore& s = Store();
+        RunRecord& r = s.RunInfo[run];
+        LogDebug("allocate run array for " + std::to_string(run));
+        ShowPleaseWait("Scanning Raw Data...");
+        // The test looks at RunCount, not at run: ReprocessAllRuns relies on it.
+        r.RunStart = (s.RunCount == 1) ? 1 : s.RunInfo[run - 1].RunEnd + 1;
+
+        const BuildProfile& p = Profile();
+        const RawArray& raw = s.RawData;
+        // A run's raw range never reaches past the array, whatever a file
+        // claimed: the walk stops at the array's last index.
+        const int32_t rawEnd = std::min(r.RawEnd, raw.UpperIndex());
+        const int32_t rawStart = std::max(r.RawStart, 0);
+        if (rawEnd != r.RawEnd)
+            LogDebug("raw end beyond the raw data, cut to " + std::to_string(rawEnd));
+        int64_t counter = r.RunStart;
+        if (p.HardwareSV63) {
+            const int step = Sv63Step(r);
+            for (int64_t i = rawStart; i <= rawEnd; ++i) {
+                if (Sv63InMargin(i, rawStart, rawEnd)) {
+                    counter += step;
+                    if (Sv63GpsFollows(raw, i)) i += 3;
+                }
+            }
+            counter -= 1;
+        } else if (p.HardwareHX40) {
+            for (int64_t i = rawStart; i <= rawEnd; ++i) {
+                counter += 1;
+                if (Hx40BlockStarts(raw, i, rawEnd)) i += 7;
+            }
+            counter -= 1;
+        } else if (p.HardwareMQ7 || p.HardwareSW63) {
+            counter += CountStreamRows(run);
+        } else {
+            Message("No hardware defined!!");
+        }
+        HidePleaseWait();
+        // More rows than a 32-bit row index holds cannot be allocated anyway;
+        // the allocation below then fails as a run-time error.
+        r.RunEnd = static_cast<int32_t>(std::min<int64_t>(counter, INT32_MAX - 1));
+        r.RunLength = r.RunEnd - r.RunStart + 1;
+        LogDebug("New run end = " + std::to_string(r.RunEnd));
+        LogDebug("new length = " + std::to_string(r.RunLength));
+        PreserveRunData(r.RunEnd);
+    });
+}
+
+void WipeRunData(int32_t run) {
+    Procedure("WipeRunData", [&] {
+        if (!ValidRecord(run)) return;
+        RunStore& s = Store();
+        const RunRecord& r = s.RunInfo[run];
+        LogDebug("wipe all the rundata from run: " + std::to_string(run));
+        const int32_t first = std::max(r.RunStart, 0);
+        const int32_t last = std::min(r.RunEnd, s.RunData.UpperRow());
+        if (last < first) return;
+        for (int32_t c = 0; c < s.RunData.Columns(); ++c) {
+            auto col = s.RunData.Column(c);
+            std::fill(col.begin() + first, col.begin() + last + 1, 0.0f);
+        }
+        LogDebug("Reset the GPS speed vectors");
+        // In these two vectors -1 means no value yet.
+        for (int slotNumber : {slot::SpeedKph, slot::SpeedMph}) {
+            const int32_t c = ColumnOf(slotNumber);
+            if (c < 0 || c >= s.RunData.Columns()) continue;
+            auto col = s.RunData.Column(c);
+            std::fill(col.begin() + first, col.begin() + last + 1, -1.0f);
+        }
+    });
+}
+
+void ClearCurrentRun(bool all) {
+    Procedure("ClearCurrentRun", [&] {
+        RunStore& s = Store();
+        LogDebug("Clearing all run data");
+        SetAvailableVars();
+        if (all) {
+            // The view lists, the per-run dashboards and the singleton views
+            // belong to the shell: it unloads them all, letting events run.
+            CurrentPlatform().shell->UnloadAllViews();
+            DoEvents();
+            Conversion().ResetStartValues();
+            SummaryRuns().Clear();
+            LogDebug("resetting TrackMarkerData");
+            Markers().Reset();
+            Measurements().Reset();
+            s.RawData.Reset(Profile().PlaneFamily());
+            // Texts and numbers all cleared; the pipeline puts the ambient
+            // defaults back in place of zero.
+            for (RunRecord& r : s.RunInfo) {
+                r = RunRecord{};
+                r.AmbientPressure = 0;
+                r.AmbientTemperature = 0;
+                r.AmbientHumidity = 0;
+            }
+            s.RunCount = 0;
+        }
+        for (RunRecord& r : s.RunInfo) {
+            r.RunStart = 0;
+            r.RunEnd = 0;
+            r.RunLength = 0;
+        }
+        Conversion().ClearGpsReference();
+        s.CurrentRun = 1;
+        s.LapCount = 0;
+        s.RefLapNumber = 0;
+        RefLap().Reset();
+        RefLap().NumOfBeacons =
+            static_cast<int32_t>(GetConfig(Paths().TracelabCfgPath, "NumOfBeacons"));
+        s.RunData.Reset(1, 202);
+    });
+}
+
+void CheckInternalDataStillValid() {
+    Procedure("CheckInternalDataStillValid", [&] {
+        ShowPleaseWait("Check Internal Data");
+        CheckAllTrackMarkers();
+        RecalcTimeSlip();
+        // Every open view refreshes itself, in the documented order: the XY
+        // graphs, the track map, the bar charts, the measurements table, the
+        // mini map, the value table, the performance, summary and lap tables.
+        CurrentPlatform().shell->RefreshOpenViews();
+        HidePleaseWait();
+    });
+}
+
+void ReprocessAllRuns() {
+    Procedure("ReprocessAllRuns", [&] {
+        RunStore& s = Store();
+        // The clear makes run 1 current; the run the user had active is noted
+        // first so that it is still converted first (three runs with run 2
+        // active convert as 2, 1, 3) and stays the current run.
+        const int32_t active = s.CurrentRun;
+        ClearCurrentRun(false);
+        const int32_t count = s.RunCount;
+        for (int32_t n = 1; n <= count; ++n) {
+            s.RunCount = n;
+            AllocateRunArray(n);
+        }
+        s.RunCount = count;
+        if (active >= 1 && active <= count) s.CurrentRun = active;
+        if (count >= 1) ConvertRawToRunData(s.CurrentRun);
+        for (int32_t n = 1; n <= count; ++n)
+            if (n != s.CurrentRun) ConvertRawToRunData(n);
+        CheckInternalDataStillValid();
+    });
+}
+
+void PreserveRawData(int32_t newUpperIndex) {
+    const BuildProfile& p = Profile();
+    if (p.HardwareHX40 || p.HardwareSV63)
+        PreserveRawDataHX40(newUpperIndex);
+    else if (p.HardwareMQ7 || p.HardwareSW63)
+        PreserveRawDataMQ7(newUpperIndex);
+    else
+        Message("No hardware defined");
+}
+
+void PreserveRawDataHX40(int32_t newUpperIndex) {
+    Procedure("PreserveRawDataHX40", [&] {
+        RawArray& raw = Store().RawData;
+        CheckMemoryAvailable(2.0 * 8.0 * (double(newUpperIndex) - raw.UpperIndex()));
+        ShowPleaseWait("Allocating Raw Memory");
+        if (newUpperIndex < 0) newUpperIndex = 0;
+        if (!raw.planes()) raw.Reset(true);
+        raw.Resize(newUpperIndex);
+        // The original copied indices 1 to the upper index through a
+        // temporary array, so index 0 is never carried: every resize leaves
+        // zero there. The in-place resize keeps that rule.
+        for (int v = 1; v <= 8; ++v) raw(0, v) = 0;
+        HidePleaseWait();
+    });
+}
+
+void PreserveRawDataMQ7(int32_t newUpperIndex) {
+    Procedure("PreserveRawDataMQ7", [&] {
+        RawArray& raw = Store().RawData;
+        CheckMemoryAvailable(double(newUpperIndex) - raw.UpperIndex());
+        if (newUpperIndex < 0) newUpperIndex = 0;
+        // The stream never shrinks: after a deletion or a trim its upper index
+        // stays, and only RunInfo says what is in use. (The original took the
+        // larger of the two through a single, which rounds above 2^24; the
+        // exact figure is kept here so that a run's last byte is always inside
+        // the stream.)
+        raw.Resize(std::max(newUpperIndex, raw.UpperIndex()));
+    });
+}
+
+void PreserveRunData(int32_t newUpperRow) {
+    Procedure("PreserveRunData", [&] {
+        RunArray& data = Store().RunData;
+        const int32_t numVars = std::max(Catalogue().NumVars, 1);
+        if (newUpperRow < 0) newUpperRow = 0;
+        CheckMemoryAvailable(4.0 * numVars * (double(newUpperRow) - data.UpperRow()));
+        LogDebug("Preserve Run Data " + std::to_string(newUpperRow));
+        const std::string of = "/" + std::to_string(numVars - 1);
+        // The table grows in place, column by column, so the peak is the final
+        // size plus one column. The wait texts of the original's two copying
+        // passes are kept, one per column each, never in the row loop.
+        ShowPleaseWait("Allocating Temporary Memory");
+        for (int32_t c = 0; c < numVars; ++c)
+            ShowPleaseWait("Copy Data To Temporary Memory " + std::to_string(c) + of);
+        ShowPleaseWait("Allocating Memory");
+        LogDebug("Reformating Run Array to " + std::to_string(newUpperRow) + " by " +
+                 std::to_string(numVars - 1));
+        data.SetColumnCount(numVars);
+        for (int32_t c = 0; c < numVars; ++c) {
+            ShowPleaseWait("Copy Data To Memory " + std::to_string(c) + of);
+            data.ResizeColumn(c, newUpperRow);
+            data(0, c) = 0.0f;  // row 0 is never copied
+        }
+        data.SetUpperRow(newUpperRow);
+        LogDebug("Clearing the temporary array");
+    });
+}
+
+int FindVar(const std::string& name) {
+    if (name.empty()) return kNoDataSlot;
+    const auto& vars = Catalogue().RunVars;
+    for (int i = 0; i < kNoDataSlot; ++i)
+        if (vars[i].Name == name) return i;
+    return kNoDataSlot;
+}
+
+int32_t FindVarIndex(const std::string& name) {
+    const auto& vars = Catalogue().RunVars;
+    const int s = FindVar(name);
+    if (s == kNoDataSlot || !vars[s].Enabled) return vars[kNoDataSlot].Column;
+    return vars[s].Column;
+}
+
+int32_t FindRunIndex(const std::string& name) {
+    if (name.empty()) return 1;
+    const RunStore& s = Store();
+    for (int32_t n = 1; n <= std::min(s.RunCount, 11); ++n)
+        if (s.RunInfo[n].Name == name) return n;
+    return 1;
+}
+
+int32_t FindRunOfRow(int32_t row) {
+    const RunStore& s = Store();
+    for (int32_t n = 1; n <= std::min(s.RunCount, 11); ++n)
+        if (row >= s.RunInfo[n].RunStart && row <= s.RunInfo[n].RunEnd) return n;
+    return 0;
+}
+
+namespace {
+
+// Clamps a row range to the table; false when nothing is left.
+bool ClampRows(int32_t& first, int32_t& last) {
+    first = std::max(first, 0);
+    last = std::min(last, Store().RunData.UpperRow());
+    return last >= first;
+}
+
+bool HasColumn(int32_t column) {
+    return column >= 0 && column < Store().RunData.Columns();
+}
+
+}  // namespace
+
+void DeleteVariableData(int32_t firstRow, int32_t lastRow, int slotNumber) {
+    if (slotNumber < 1 || slotNumber >= kNoDataSlot) return;
+    const RunVar& v = Catalogue().RunVars[slotNumber];
+    if (!v.Enabled || !HasColumn(v.Column) || !ClampRows(firstRow, lastRow)) return;
+    auto col = Store().RunData.Column(v.Column);
+    std::fill(col.begin() + firstRow, col.begin() + lastRow + 1, 0.0f);
+}
+
+void CopyVariableData(int32_t firstRow, int32_t lastRow, int fromSlot, int toSlot) {
+    if (fromSlot < 1 || fromSlot > kNoDataSlot || toSlot < 1 || toSlot > kNoDataSlot) return;
+    const RunVar& from = Catalogue().RunVars[fromSlot];
+    const RunVar& to = Catalogue().RunVars[toSlot];
+    if (!from.Enabled || !to.Enabled || !HasColumn(from.Column) || !HasColumn(to.Column)) return;
+    if (!ClampRows(firstRow, lastRow) || from.Column == to.Column) return;
+    auto src = Store().RunData.Column(from.Column);
+    auto dst = Store().RunData.Column(to.Column);
+    std::copy(src.begin() + firstRow, src.begin() + lastRow + 1, dst.begin() + firstRow);
+}
+
+void CheckMemoryAvailable(double bytes) {
+    const MemoryFigures m = CurrentPlatform().memory->Read();
+    const double P = m.availablePhysical;
+    const double V = m.availableVirtual;
+    bool warned = true;
+    if (bytes > V)
+        Message(
+            "The memory required for the operation in more than that available, you may not be "
+            "able to continue");
+    else if (bytes > V - 50000 && bytes > P)
+        Message(
+            "The memory required for the operation will use nearly all the virtual memory on the "
+            "PC, the program may run excessively slowly");
+    else if (bytes > P)
+        Message(
+            "The memory required for the operation requires more memory than the PC has "
+            "installed, the program may run excessively slowly");
+    else if (bytes > P - 20000)
+        Message(
+            "The memory requires nearly all the remaining physical memory on the PC, the program "
+            "may start to run slowly");
+    else
+        warned = false;
+    if (warned && bytes > P - 20000)
+        Message(
+            "To increase program performance, reduce the number of variables selected, trim the "
+            "run length, reduce the number of runs loaded, close other Windows programs or "
+            "upgrade the PCs memory");
+}
+
+float AvVar(int32_t first, int32_t last, int32_t column) {
+    first = std::max(first, 1);
+    last = std::max(last, 1);
+    if (!HasColumn(column)) return 0.0f;
+    last = std::min(last, Store().RunData.UpperRow());
+    if (last < first) return 0.0f;
+    const auto col = Store().RunData.Column(column);
+    double sum = 0;
+    for (int32_t r = first; r <= last; ++r) sum += col[r];
+    return static_cast<float>(sum / (last - first + 1));
+}
+
+}  // namespace tl
