@@ -1,0 +1,74 @@
+// What every tracelab-cli subcommand shares: a small argument parser for the
+// options common to all (--config-dir, --family, --vehicle) and any of the
+// subcommand's own, and the start of the engine as the program starts it,
+// with a scripted platform that answers every question with No or cancel and
+// writes the program's messages to stderr.
+#pragma once
+
+#include <iosfwd>
+#include <map>
+#include <memory>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "core/scripted_platform.h"
+
+namespace tl::cli {
+
+// Exit codes of every subcommand.
+inline constexpr int kExitOk = 0;
+inline constexpr int kExitFailed = 1;  // a refused file, a failed start
+inline constexpr int kExitUsage = 2;
+
+struct ParsedArgs {
+    // Options given, by name without the dashes ("config-dir" -> DIR).
+    std::map<std::string, std::string> values;
+    std::set<std::string> flags;
+    std::vector<std::string> positional;
+    bool help = false;
+    std::string error;  // a usage error, empty when none
+
+    std::string Value(const std::string& name) const {
+        auto it = values.find(name);
+        return it == values.end() ? std::string() : it->second;
+    }
+};
+
+// Options a subcommand accepts besides the common ones.
+struct OptionSpec {
+    std::set<std::string> valueOptions;  // take one argument: --name VALUE or --name=VALUE
+    std::set<std::string> flagOptions;   // take none
+};
+
+// Parses the arguments behind the subcommand's name. The common options
+// config-dir, family (hx40|mq7|sv63|sw63) and vehicle (car|kart|bike|boat)
+// are always accepted and checked; "--" ends the options.
+ParsedArgs ParseArguments(const std::vector<std::string>& args, const OptionSpec& extra = {});
+
+// The engine, started as the program starts it: PrepareInstallation, then
+// Main with the headless start-up. The family and vehicle reach Main as the
+// command-line tokens (<hx40>, <kart>, ...); without them the profile comes
+// from BuildOptions.cfg.
+class Engine {
+  public:
+    Engine();
+    ~Engine();
+    Engine(const Engine&) = delete;
+    Engine& operator=(const Engine&) = delete;
+
+    // Returns false with the reason on stderr when the start failed.
+    bool Start(const ParsedArgs& args, std::ostream& err);
+    ScriptedPlatform& platform() { return *platform_; }
+    // Messages shown since the last call (Message and PlainMessage).
+    int messagesShown() const { return messages_; }
+
+  private:
+    std::unique_ptr<ScriptedPlatform> platform_;
+    int messages_ = 0;
+};
+
+// The directory of the running executable.
+std::string ExecutableDir();
+
+}  // namespace tl::cli
