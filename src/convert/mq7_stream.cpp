@@ -1,0 +1,561 @@
+#include "convert/mq7_stream.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <string>
+#include <vector>
+
+#include "convert/conversion_state.h"
+#include "convert/family_converters.h"
+#include "convert/gps.h"
+#include "convert/slot_columns.h"
+#include "convert/stream_scan.h"
+#include "core/build_profile.h"
+#include "core/config_store.h"
+#include "core/errors.h"
+#include "core/log.h"
+#include "core/support.h"
+#include "core/ui_services.h"
+
+namespace tl {
+
+namespace {
+
+constexpr std::array<uint8_t, 256> MakeLengths() {
+    std::array<uint8_t, 256> len{};
+    len[6] = 6;
+    len[7] = 6;
+    len[8] = 6;
+    len[9] = 5;
+    len[10] = 14;
+    len[11] = 10;
+    len[12] = 3;
+    len[13] = 3;
+    for (int id = 14; id <= 18; ++id) len[id] = 5;
+    for (int id = 20; id <= 27; ++id) len[id] = 4;
+    len[30] = 5;
+    return len;
+}
+constexpr std::array<uint8_t, 256> kLengths = MakeLengths();
+
+// Slots the stream writes.
+constexpr int kAnalogueSlotOfId[8] = {36, 34, 35, 33, 32, 30, 31, 29};  // ids 20 to 27
+constexpr int kFrequencySlot1 = 38;
+constexpr int kBeaconSlot = 42;
+constexpr int kSpeedAccSlot = 43;
+constexpr int kPosAccSlot = 44;
+constexpr int kTimeOfWeekSlot = 46;
+constexpr int kSerialBytesSlot = 51;
+
+constexpr int kGpsWindow = 39;      // rows after the pulse within which a fix belongs to it
+constexpr int kAccuracyHold = 250;  // rows the accuracy figures are carried forward
+
+// The two values ManageTimeStep keeps between calls.
+int32_t g_timeBase = 0;
+int32_t g_timeCount = 0;
+
+// Where a time step writes: the run's rows, the time column and every
+// column of RunData for the sample-and-hold.
+struct TimeTarget {
+    int32_t runStart = 0;
+    int32_t rowLimit = -1;
+    float* time = nullptr;
+    std::vector<float*> holdColumns;  // columns 1 to the last
+};
+
+TimeTarget MakeTimeTarget(const RunRecord& r) {
+    TimeTarget t;
+    RunArray& rd = Store().RunData;
+    t.runStart = r.RunStart;
+    t.rowLimit = std::min(r.RunEnd, rd.UpperRow());
+    t.time = SlotColumn(slot::Time);
+    if (!t.time) t.rowLimit = -1;
+    for (int32_t c = 1; c < rd.Columns(); ++c)
+        if (!rd.Column(c).empty()) t.holdColumns.push_back(rd.Column(c).data());
+    return t;
+}
+
+bool LoggingOn() {
+    return LogOn();
+}
+
+void TimeStep(std::span<const uint8_t> raw, int64_t position, const TimeTarget& tt,
+              int32_t& sampleIndex, int32_t& firstCall, bool writeTime) {
+    const int32_t t = DecodeU24(raw, position + 1);
+    if (firstCall != 0) {
+        firstCall = 0;
+        g_timeCount = -1;
+        g_timeBase = t;
+    }
+    ++g_timeCount;
+    const int32_t d = t - g_timeBase;
+    auto rowOk = [&](int64_t row) { return row >= tt.runStart && row <= tt.rowLimit; };
+    if (d == g_timeCount) {
+        sampleIndex = tt.runStart + g_timeCount;
+        if (writeTime && rowOk(sampleIndex)) {
+            const int32_t si = sampleIndex;
+            tt.time[si] = static_cast<float>(g_timeCount / 100.0);
+            // The sample-and-hold of the whole format: before this tick's
+            // channels arrive, every column still at zero takes the value of
+            // the row before; the channels then overwrite it.
+            // Rows are walked one at a time across some fifty columns, more
+            // streams than a cache prefetcher follows: each column's line a
+            // few rows ahead is asked for here.
+            if (si > tt.runStart) {
+                const bool ahead = si + 48 <= tt.rowLimit;
+                for (float* col : tt.holdColumns) {
+                    if (ahead) __builtin_prefetch(col + si + 48, 1);
+                    if (col[si] == 0.0f) col[si] = col[si - 1];
+                }
+            }
+        }
+    } else if (d < g_timeCount) {
+        // The logger's clock stepped back or repeated.
+        if (d - g_timeCount > -10) {
+            g_timeCount = d;
+            sampleIndex = tt.runStart + g_timeCount;
+        }
+        if (LoggingOn())
+            LogDebug("The number of samples and the time index are inconsistant @" +
+                     std::to_string(position));
+    } else if (d - g_timeCount >= 10) {
+        // Too much missing: the gap stays for the rest of the run.
+        if (LoggingOn())
+            LogDebug(
+                "The number of samples and the time index are inconsistant, too much missing "
+                "to correct for @" +
+                std::to_string(position));
+        sampleIndex = tt.runStart + g_timeCount;
+        if (writeTime && rowOk(sampleIndex))
+            tt.time[sampleIndex] = static_cast<float>(g_timeCount / 100.0);
+    } else {
+        if (LoggingOn())
+            LogDebug(
+                "The number of samples and the time index are inconsistant, adding time "
+                "vector @" +
+                std::to_string(position));
+        // The missing rows are addressed by the time index itself, so they
+        // land in the right place only when the time base equals RunStart.
+        // Rows outside the run are not written.
+        if (writeTime)
+            for (int64_t j = int64_t(g_timeBase) + g_timeCount; j <= t; ++j)
+                if (rowOk(j)) tt.time[j] = static_cast<float>((j - tt.runStart) / 100.0);
+        g_timeCount = d;
+        sampleIndex = tt.runStart + g_timeCount;
+    }
+}
+
+}  // namespace
+
+int Mq7RecordLength(int id) {
+    return (id >= 0 && id < 256) ? kLengths[id] : 0;
+}
+
+int32_t DecodeU24(std::span<const uint8_t> raw, int64_t pos) {
+    return int32_t(raw[pos]) * 65536 + int32_t(raw[pos + 1]) * 256 + raw[pos + 2];
+}
+
+float ExtractU32(std::span<const uint8_t> raw, int64_t pos) {
+    const uint32_t u = (uint32_t(raw[pos]) << 24) | (uint32_t(raw[pos + 1]) << 16) |
+                       (uint32_t(raw[pos + 2]) << 8) | raw[pos + 3];
+    return static_cast<float>(u);  // low bits of large values are lost, as accepted
+}
+
+double ExtractI32(std::span<const uint8_t> raw, int64_t pos) {
+    const uint32_t u = (uint32_t(raw[pos]) << 24) | (uint32_t(raw[pos + 1]) << 16) |
+                       (uint32_t(raw[pos + 2]) << 8) | raw[pos + 3];
+    return static_cast<double>(static_cast<int32_t>(u));
+}
+
+float DecodeAdc(std::span<const uint8_t> raw, int64_t pos) {
+    return static_cast<float>((int32_t(raw[pos]) * 256 + raw[pos + 1]) / 1000.0);
+}
+
+void DecodeAccelerometer(std::span<const uint8_t> raw, int64_t pos, float& lateral,
+                         float& longitudinal) {
+    // A set top bit means positive: the reverse of the usual habit.
+    auto word = [&](int64_t p) {
+        const uint8_t hi = raw[p], lo = raw[p + 1];
+        const float v = static_cast<float>(hi & 127) + static_cast<float>(lo) / 256.0f;
+        return (hi & 128) ? v : -v;
+    };
+    lateral = word(pos);
+    longitudinal = word(pos + 2);
+}
+
+void DecodeGpsPosition(std::span<const uint8_t> raw, int64_t pos, double& lon, double& lat,
+                       float& accuracy) {
+    lon = ExtractI32(raw, pos) * 1e-7;
+    lat = ExtractI32(raw, pos + 4) * 1e-7;
+    accuracy = ExtractU32(raw, pos + 8) / 100.0f;
+}
+
+void DecodeGpsSpeed(std::span<const uint8_t> raw, int64_t pos, float& speed, float& accuracy) {
+    speed = ExtractU32(raw, pos) / 100.0f;
+    accuracy = ExtractU32(raw, pos + 4) / 100.0f;
+}
+
+int DecodeDigital(std::span<const uint8_t> raw, int64_t pos) {
+    return raw[pos] == 1 ? 1 : 0;
+}
+
+float DecodeFreq(std::span<const uint8_t> raw, int64_t pos) {
+    // One tick of a 6 MHz timer.
+    const float period = static_cast<float>(DecodeU24(raw, pos)) * 1.6666667e-7f;
+    return period > 0 ? 1.0f / period : 0.0f;
+}
+
+float DecodeFreqLinear(std::span<const uint8_t> raw, int64_t pos) {
+    return static_cast<float>(DecodeU24(raw, pos) * 0.001379060159);
+}
+
+bool CheckCheckSumMQ7(std::span<const uint8_t> raw, int64_t position, int64_t length) {
+    const int64_t upper = static_cast<int64_t>(raw.size()) - 1;
+    if (position < 0 || length < 2 || !(position + length - 2 < upper)) return false;
+    uint32_t sum = 0;
+    for (int64_t i = position; i <= position + length - 2; ++i) sum += raw[i];
+    if ((sum & 255) == raw[position + length - 1]) return true;
+    if (LogOn()) LogDebug("check error @ " + std::to_string(position));
+    return false;
+}
+
+void ManageTimeStep(std::span<const uint8_t> raw, int64_t position, int32_t run,
+                    int32_t& sampleIndex, int32_t& firstCall, bool writeTime) {
+    if (run < 1 || run > 11) return;
+    if (position < 0 || position + 3 >= static_cast<int64_t>(raw.size())) return;
+    TimeTarget tt;
+    if (writeTime)
+        tt = MakeTimeTarget(Store().RunInfo[run]);
+    else
+        tt.runStart = Store().RunInfo[run].RunStart;
+    TimeStep(raw, position, tt, sampleIndex, firstCall, writeTime);
+}
+
+namespace {
+
+std::span<const uint8_t> StreamOf() {
+    const RawArray& raw = Store().RawData;
+    if (raw.planes() || raw.UpperIndex() < 0) return {};
+    return raw.Vector(1).first(static_cast<size_t>(raw.UpperIndex()) + 1);
+}
+
+}  // namespace
+
+StreamScan ScanRawStream(int32_t run, int32_t rawMarkIn, int32_t sampleMarkIn) {
+    StreamScan sc;
+    if (run < 1 || run > 11) return sc;
+    const RunRecord& r = Store().RunInfo[run];
+    const std::span<const uint8_t> raw = StreamOf();
+    const bool log = LogOn();
+    LogDebug("-----------Checking for errors in raw data--------------");
+    if (raw.empty()) return sc;
+    const int64_t rawEnd = std::min<int64_t>(r.RawEnd, int64_t(raw.size()) - 1);
+    TimeTarget tt;
+    tt.runStart = r.RunStart;
+    int32_t firstCall = -1;
+    int32_t sampleIndex = r.RunStart;
+    int32_t lastReport = -1;
+    int64_t position = std::max<int64_t>(r.RawStart, 0);
+    while (position < rawEnd) {
+        const int id = raw[position];
+        const int len = kLengths[id];
+        if (len != 0) {
+            if (CheckCheckSumMQ7(raw, position, len)) {
+                ++sc.recordCount;
+                if (id == mq7::TimeIndex) {
+                    TimeStep(raw, position, tt, sampleIndex, firstCall, false);
+                    if (sampleMarkIn > sc.sampleCount)
+                        sc.sampleMark = static_cast<int32_t>(position);
+                    sc.sampleCount = sampleIndex - r.RunStart;
+                } else if (id != mq7::LoggerInfo && id != mq7::GpsTimeOfWeek) {
+                    if (position < rawMarkIn) sc.rawMark = sc.sampleCount;
+                }
+                position += len;
+            } else {
+                // Ids 6 and 7 are logged by the check alone.
+                if (log && id != mq7::LoggerInfo && id != mq7::GpsTimeOfWeek)
+                    LogDebug("Checksum Error @ " + std::to_string(position));
+                ++sc.errorCount;
+                ++position;
+            }
+        } else {
+            // Serial data records (19) count as unknown here, byte by byte.
+            if (log) LogDebug("Channel Not Known @ " + std::to_string(position));
+            ++sc.errorCount;
+            ++position;
+        }
+        if (sc.errorCount > 50 && sc.errorCount % 25 == 0 && sc.errorCount != lastReport) {
+            lastReport = sc.errorCount;
+            HidePleaseWait();
+            ShowPleaseWait("Scanning... " + std::to_string(sc.errorCount) + " errors found.");
+            sc.waitShown = true;
+        }
+    }
+    LogDebug("-----------Completed checking for errors in raw data--------------");
+    return sc;
+}
+
+int32_t CountStreamRows(int32_t run) {
+    // A clock that steps back at the very start can leave the count below
+    // -1; the run then has no rows, as a stream with no time record, and
+    // never a negative length that would cut into the run before it.
+    return ProcedureValue("ScanRawStream", int32_t{-1},
+                          [&] { return std::max(ScanRawStream(run).sampleCount, int32_t{-1}); });
+}
+
+int32_t StreamRawIndexOfTime(int32_t run, int32_t hundredths) {
+    return ProcedureValue("ScanRawStream", int32_t{-1},
+                          [&] { return ScanRawStream(run, -1, hundredths).sampleMark; });
+}
+
+bool StreamScanAvailable() {
+    return true;
+}
+
+// --- the conversion pass ---
+
+namespace {
+
+class StreamConversion {
+  public:
+    explicit StreamConversion(int32_t run) : run_(run), r_(Store().RunInfo[run]) {}
+    void Run();
+
+  private:
+    void Progress();
+    void GpsPosition(int64_t pos);
+    void GpsSpeed(int64_t pos);
+    void GpsTime(int64_t pos);
+    bool InGpsWindow() const {
+        // The mark must also lie in this run's rows: a stream whose clock
+        // stepped back can put it before them.
+        return gpsMark_ >= 1 && si_ - gpsMark_ >= 1 && si_ - gpsMark_ <= kGpsWindow &&
+               gpsMark_ >= r_.RunStart && gpsMark_ <= rowLimit_;
+    }
+    void CarryForward(float* col) {
+        const int32_t last = std::min(gpsMark_ + kAccuracyHold, rowLimit_);
+        for (int32_t i = gpsMark_ + 1; i <= last; ++i) col[i] = col[i - 1];
+    }
+
+    int32_t run_;
+    RunRecord& r_;
+    ConversionState& cs_ = Conversion();
+    std::span<const uint8_t> raw_;
+    float* col_[202] = {};
+    int32_t si_ = 0;
+    int32_t rowLimit_ = -1;
+    int32_t gpsMark_ = -1;
+    int gpsPulseWasOn_ = 0;
+    float pulsesPerRev_ = 1;
+    bool mq7_ = true;
+};
+
+void StreamConversion::Progress() {
+    const int32_t i = si_ - r_.RunStart;
+    const int32_t n = r_.RunLength;
+    const int32_t s = std::max(n / 10, 1);
+    if (i == n / 100)
+        DispProg("1%");
+    else if (i == n / 20)
+        DispProg("5%");
+    else if (i % s == 0)
+        DispProg(std::to_string(i / s * 10) + "%");
+}
+
+void StreamConversion::GpsPosition(int64_t pos) {
+    double lon = 0, lat = 0;
+    float acc = 0;
+    DecodeGpsPosition(raw_, pos, lon, lat, acc);
+    const int32_t m = gpsMark_;
+    col_[kPosAccSlot][m] = acc;
+    if (acc >= 150) return;
+    if (!cs_.OriginSet) {
+        cs_.SetOrigin(lat, lon);
+        LogDebug("First Sample Found, Origin set");
+    }
+    double x = 0, y = 0;
+    GpsCoord_FractDegree(lat, lon, cs_.GpsOriginLat, cs_.GpsOriginLong, x, y);
+    if (m > 0) {
+        if (LogOn())
+            LogDebug(std::to_string(m) + "," + NumberText(lat) + "," + NumberText(lon) + "," +
+                     NumberText(x) + "," + NumberText(y));
+        col_[kPosAccSlot][m] = std::min(acc / 2.0f, 1000.0f);
+        col_[slot::PositionX][m] = static_cast<float>(x);
+        col_[slot::PositionY][m] = static_cast<float>(y);
+        CarryForward(col_[kPosAccSlot]);
+    }
+}
+
+void StreamConversion::GpsSpeed(int64_t pos) {
+    float speed = 0, acc = 0;
+    DecodeGpsSpeed(raw_, pos, speed, acc);
+    const int32_t m = gpsMark_;
+    col_[kSpeedAccSlot][m] = std::min(acc, 1000.0f);
+    if (mq7_ && acc < 1.8f) {
+        // km/h stands in both speed slots; the pipeline settles the miles.
+        const auto kph = static_cast<float>(speed * 3600.0 / 1000.0);
+        col_[slot::SpeedKph][m] = kph;
+        col_[slot::SpeedMph][m] = kph;
+    }
+    CarryForward(col_[kSpeedAccSlot]);
+}
+
+void StreamConversion::GpsTime(int64_t pos) {
+    double t = ExtractU32(raw_, pos);
+    const float* tow = col_[kTimeOfWeekSlot];
+    int32_t k = gpsMark_;
+    while (k > r_.RunStart && tow[k] == 0) --k;
+    // The rows' times are read from the slot whose number is the local time
+    // of day as a fraction of a day, rounded: from noon that is slot 1, Time
+    // [s]. Before noon it is slot 0, which does not exist: the difference is
+    // taken as zero then. The factor 10 stays, though the time is in seconds
+    // and the result in milliseconds.
+    const bool afternoon = std::lround(Timer() / 86400.0) == 1;
+    const float* time = col_[slot::Time];
+    auto T = [&](int32_t row) { return afternoon ? double(time[row]) : 0.0; };
+    t = t - (T(gpsMark_) - T(k)) * 10;
+    const int32_t last = std::min(gpsMark_ + 4, rowLimit_);
+    float* out = col_[kTimeOfWeekSlot];
+    for (int32_t row = std::max(k, r_.RunStart); row <= last; ++row)
+        out[row] = static_cast<float>(t - (T(gpsMark_) - T(row)) * 10);
+}
+
+void StreamConversion::Run() {
+    RunStore& s = Store();
+    r_.Details.clear();
+    cs_.KeepPreviousOrigin();
+    const StreamScan sc = ScanRawStream(run_);
+    // The scan's error count may have opened the wait box; the conversion's
+    // own progress window takes over from it.
+    if (sc.waitShown) HidePleaseWait();
+    r_.Details = "Run Contains " + std::to_string(sc.recordCount) +
+                 " individual data samples, and " + std::to_string(sc.errorCount) +
+                 " data formatting errors.";
+    raw_ = StreamOf();
+    if (raw_.empty()) return;
+    rowLimit_ = std::min(r_.RunEnd, s.RunData.UpperRow());
+    float* sink = SlotColumn(kNoDataSlot);
+    if (!sink || rowLimit_ < 0) {
+        LogDebug("stream conversion: no rows allocated");
+        return;
+    }
+    for (int slotNumber = 1; slotNumber <= kNoDataSlot; ++slotNumber) {
+        float* c = SlotColumn(slotNumber);
+        col_[slotNumber] = c ? c : sink;
+    }
+    const TimeTarget tt = MakeTimeTarget(r_);
+    mq7_ = Profile().HardwareMQ7;
+    pulsesPerRev_ = FindClip(0.1f, GetConfig(Paths().CarCfgPath, "IgntionPulsesRev"), 20.0f);
+    gpsMark_ = -1;
+    gpsPulseWasOn_ = 0;
+    cs_.OriginSet = false;
+    si_ = r_.RunStart;
+    int32_t firstCall = -1;
+    const int64_t rawEnd = std::min<int64_t>(r_.RawEnd, int64_t(raw_.size()) - 1);
+    int64_t position = std::max<int64_t>(r_.RawStart, 0);
+    const bool log = LogOn();
+    while (position < rawEnd) {
+        const int id = raw_[position];
+        int64_t len = kLengths[id];
+        if (id == mq7::SerialData)
+            len = (position + 1 < int64_t(raw_.size())) ? int64_t(raw_[position + 1]) + 3 : 0;
+        if (len == 0) {
+            if (log) LogDebug("No match for channel: " + std::to_string(id));
+            ++position;
+            continue;
+        }
+        if (!CheckCheckSumMQ7(raw_, position, len)) {
+            ++position;
+            continue;
+        }
+        const int64_t p = position + 1;
+        // Values go to the current row, whatever the slot's flag; a row past
+        // the run's end (a stream the scan read differently) is not written.
+        const bool rowOk = si_ >= r_.RunStart && si_ <= rowLimit_;
+        switch (id) {
+            case mq7::TimeIndex:
+                TimeStep(raw_, position, tt, si_, firstCall, true);
+                Progress();
+                break;
+            case mq7::LoggerInfo:
+                cs_.LoggerSerialNumber = int32_t(raw_[p]) * 256 + raw_[p + 1];
+                cs_.FirmwareMajor = raw_[p + 2];
+                cs_.FirmwareMinor = raw_[p + 3];
+                r_.Details += " Downloaded from logger serial #" +
+                              std::to_string(cs_.LoggerSerialNumber) + ", using firmware version " +
+                              std::to_string(cs_.FirmwareMajor) + "-" +
+                              std::to_string(cs_.FirmwareMinor) + ".";
+                break;
+            case mq7::Accelerometer:
+                if (rowOk)
+                    DecodeAccelerometer(raw_, p, col_[slot::AccelLat][si_],
+                                        col_[slot::AccelLong][si_]);
+                break;
+            case mq7::GpsTimeOfWeek:
+                if (InGpsWindow()) GpsTime(p);
+                break;
+            case mq7::GpsPosition:
+                if (InGpsWindow()) GpsPosition(p);
+                break;
+            case mq7::GpsSpeed:
+                if (InGpsWindow()) GpsSpeed(p);
+                break;
+            case mq7::Beacon:
+                if (rowOk) col_[kBeaconSlot][si_] = static_cast<float>(DecodeDigital(raw_, p));
+                break;
+            case mq7::GpsPulse: {
+                const int on = DecodeDigital(raw_, p);
+                if (gpsPulseWasOn_ == 0 && on == 1 && si_ >= 2) gpsMark_ = si_;
+                gpsPulseWasOn_ = on;
+                break;
+            }
+            case mq7::EngineFreq:
+                if (rowOk)
+                    col_[slot::EngineSpeed][si_] = DecodeFreq(raw_, p) * 60.0f / pulsesPerRev_;
+                break;
+            case mq7::SerialData:
+                if (rowOk) col_[kSerialBytesSlot][si_] = static_cast<float>(raw_[p]);
+                // The jump uses the first serial byte, not the length: logged
+                // files rely on it, and the checksums bring a reader that
+                // lands inside the stream back into step.
+                position += 3 + int64_t(raw_[p + 1]);
+                continue;
+            case mq7::SpeedLinear:
+                if (rowOk) {
+                    const float kph = DecodeFreqLinear(raw_, p);
+                    col_[slot::SpeedKph][si_] = kph;
+                    col_[slot::SpeedMph][si_] = static_cast<float>(kph * 0.621371192);
+                }
+                break;
+            default:
+                if (id >= 14 && id <= 17) {
+                    if (rowOk) col_[kFrequencySlot1 + id - 14][si_] = DecodeFreq(raw_, p);
+                } else if (id >= 20 && id <= 27) {
+                    if (rowOk) col_[kAnalogueSlotOfId[id - 20]][si_] = DecodeAdc(raw_, p);
+                }
+                break;
+        }
+        position += len;
+    }
+    if (si_ < r_.RunEnd) {
+        LogDebug("the run array hasn't been filed to the end.. so extending time vector " +
+                 std::to_string(si_) + "  to  " + std::to_string(r_.RunEnd));
+        // One tick behind the rows before it: intended.
+        for (int32_t i = std::max(si_ + 1, r_.RunStart); i <= rowLimit_; ++i)
+            col_[slot::Time][i] = static_cast<float>((i - r_.RunStart - 1) / 100.0);
+    }
+    // MQ7 (not SW63): the formula wheel speed of the vehicle options follows
+    // here once the user channel evaluator exists (CalculateFormulaWheelSpeed).
+}
+
+}  // namespace
+
+void ConvertRawToRunData_MQ7(int32_t run) {
+    Procedure("ConvertRawToRunData_MQ7", [&] {
+        if (run < 1 || run > 11) return;
+        StreamConversion(run).Run();
+    });
+}
+
+}  // namespace tl

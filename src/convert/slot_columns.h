@@ -1,0 +1,36 @@
+// Small helpers the converters share: a slot's storage column as a plain
+// pointer (so the byte loops index rows without any look-up), its enabled
+// flag, and whether the diagnostic log writes at all (so the loops build no
+// log text when it does not).
+#pragma once
+
+#include <cstdint>
+
+#include "core/build_profile.h"
+#include "store/catalogue.h"
+#include "store/run_store.h"
+
+namespace tl {
+
+// The slot's column, rows 0 to RunData's upper row; a disabled slot gives the
+// shared "*No Data*" column. nullptr when the table has no such column.
+inline float* SlotColumn(int slotNumber) {
+    RunArray& rd = Store().RunData;
+    const int32_t c = ColumnOf(slotNumber);
+    if (c < 0 || c >= rd.Columns()) return nullptr;
+    auto col = rd.Column(c);
+    if (col.empty()) return nullptr;
+    return col.data();
+}
+
+inline bool SlotEnabled(int slotNumber) {
+    return Catalogue().RunVars[slotNumber].Enabled;
+}
+
+// LogDebug writes only with DebugFlag on and InterpFlag off.
+inline bool LogOn() {
+    const BuildProfile& p = Profile();
+    return p.DebugFlag && !p.InterpFlag;
+}
+
+}  // namespace tl

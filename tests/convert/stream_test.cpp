@@ -1,0 +1,294 @@
+// The MQ7/SW63 record stream, built record by record as the logger writes it.
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <random>
+#include <vector>
+
+#include "convert/conversion_state.h"
+#include "convert/family_converters.h"
+#include "convert/gps.h"
+#include "convert/mq7_stream.h"
+#include "convert/stream_scan.h"
+#include "convert_helpers.h"
+#include "support/engine_fixture.h"
+
+namespace tl {
+namespace {
+
+using test::Row;
+
+struct StreamBuilder {
+    std::vector<uint8_t> b;
+    void Rec(int id, std::vector<uint8_t> payload) {
+        uint32_t sum = static_cast<uint8_t>(id);
+        b.push_back(static_cast<uint8_t>(id));
+        for (uint8_t x : payload) {
+            b.push_back(x);
+            sum += x;
+        }
+        b.push_back(static_cast<uint8_t>(sum & 255));
+    }
+    static std::vector<uint8_t> U32(uint32_t v) {
+        return {uint8_t(v >> 24), uint8_t(v >> 16), uint8_t(v >> 8), uint8_t(v)};
+    }
+    static std::vector<uint8_t> U24(uint32_t v) {
+        return {uint8_t(v >> 16), uint8_t(v >> 8), uint8_t(v)};
+    }
+    void Tick(uint32_t t) { Rec(9, U24(t)); }
+    // Sign-magnitude words with the top bit meaning positive.
+    void Accel(double lat, double lon) {
+        auto w = [](double g, std::vector<uint8_t>& out) {
+            const double a = std::fabs(g);
+            const int whole = static_cast<int>(a);
+            out.push_back(static_cast<uint8_t>((whole & 127) | (g >= 0 ? 128 : 0)));
+            out.push_back(static_cast<uint8_t>(std::lround((a - whole) * 256)));
+        };
+        std::vector<uint8_t> p;
+        w(lat, p);
+        w(lon, p);
+        Rec(8, p);
+    }
+    void Position(double lonDeg, double latDeg, uint32_t accCm) {
+        std::vector<uint8_t> p =
+            U32(static_cast<uint32_t>(static_cast<int32_t>(std::lround(lonDeg * 1e7))));
+        const auto la = U32(static_cast<uint32_t>(static_cast<int32_t>(std::lround(latDeg * 1e7))));
+        p.insert(p.end(), la.begin(), la.end());
+        const auto a = U32(accCm);
+        p.insert(p.end(), a.begin(), a.end());
+        Rec(10, p);
+    }
+    void Speed(uint32_t cmPerS, uint32_t accCm) {
+        std::vector<uint8_t> p = U32(cmPerS);
+        const auto a = U32(accCm);
+        p.insert(p.end(), a.begin(), a.end());
+        Rec(11, p);
+    }
+    void Pulse(bool on) { Rec(13, {uint8_t(on ? 1 : 0)}); }
+};
+
+class Stream : public test::EngineTest {
+  protected:
+    void SetUp() override {
+        EngineTest::SetUp();
+        UseProfile(Family::MQ7, Vehicle::Car);
+        test::EnableAllVariables();
+        SetConfig(Paths().CarCfgPath, "IgntionPulsesRev", 2);
+        ui.secondsSinceMidnight = 15 * 3600.0;  // afternoon: T(r) reads Time [s]
+    }
+    // ticks 1 to n with accelerations, every 10th an analogue, the pulse on
+    // the ticks in pulses, a fix `delay` ticks later.
+    StreamBuilder Build(int n, const std::vector<int>& pulses, int delay, uint32_t posAcc,
+                        uint32_t speedAcc) {
+        StreamBuilder s;
+        s.Rec(6, {0x12, 0x67, 2, 7});
+        for (int k = 0; k < n; ++k) {
+            s.Tick(1 + k);
+            s.Accel(0.5, -0.25 - k * 0.001);
+            if (k % 10 == 0) s.Rec(27, {0x0B, 0xB8});  // 3.000 V to Analogue 1
+            s.Rec(18, StreamBuilder::U24(60000));      // 100 Hz
+            bool on = false;
+            for (int p : pulses) {
+                if (k == p) on = true;
+                if (k == p + delay) {
+                    s.Position(-46.7 + k * 1e-5, -23.7, posAcc);
+                    s.Speed(2000, speedAcc);
+                    s.Rec(7, StreamBuilder::U32(100000 + k));
+                }
+            }
+            s.Pulse(on);
+        }
+        return s;
+    }
+};
+
+TEST_F(Stream, ChannelsHoldAndGpsAtTheMark) {
+    StreamBuilder s = Build(600, {100, 200, 300}, 5, 240, 50);
+    s.Rec(19, {3, 1, 2, 3});  // serial data: L = 3, then the jump uses the byte 1
+    s.Rec(30, StreamBuilder::U24(1000));
+    test::LoadStreamRun(s.b);
+    const RunRecord& r = test::Run1();
+    ASSERT_EQ(r.RunEnd - r.RunStart, 599);
+    ConvertRawToRunData_MQ7(1);
+    EXPECT_EQ(r.RunEnd - r.RunStart, 599);
+    EXPECT_NE(r.Details.find(" individual data samples, and 6 data formatting errors. Downloaded "
+                             "from logger serial #4711, using firmware version 2-7."),
+              std::string::npos)
+        << r.Details;  // the 6 bytes of the serial record are unknown to the scan
+    EXPECT_EQ(Conversion().LoggerSerialNumber, 4711);
+    EXPECT_FLOAT_EQ(Row(slot::Time, 1), 0.0f);
+    EXPECT_FLOAT_EQ(Row(slot::Time, 600), 5.99f);
+    EXPECT_FLOAT_EQ(Row(slot::AccelLat, 50), 0.5f);
+    EXPECT_NEAR(Row(slot::AccelLong, 50), -0.25 - 0.049, 1.0 / 256);
+    // Analogue 1 comes every 10th tick; the rows between hold it.
+    EXPECT_FLOAT_EQ(Row(29, 11), 3.0f);
+    EXPECT_FLOAT_EQ(Row(29, 15), 3.0f);
+    EXPECT_NEAR(Row(slot::EngineSpeed, 300), 100.0 * 60 / 2, 1e-3);
+    // The fix of the pulse at tick 100 (row 101) lands on row 101.
+    EXPECT_NEAR(Row(slot::SpeedKph, 101), 72.0, 1e-4);
+    EXPECT_FLOAT_EQ(Row(slot::SpeedKph, 102), -1.0f);  // no hold for the -1 marks
+    EXPECT_FLOAT_EQ(Row(44, 101), 1.2f);               // half the accuracy
+    EXPECT_FLOAT_EQ(Row(44, 350), 1.2f);               // carried forward
+    EXPECT_FLOAT_EQ(Row(43, 120), 0.5f);
+    EXPECT_FLOAT_EQ(Row(slot::PositionX, 101), 0.0f);  // origin
+    EXPECT_NEAR(Conversion().GpsOriginLong, -46.7 + 105e-5, 1e-9);
+    double x = 0, y = 0;
+    GpsCoord_FractDegree(-23.7, -46.7 + 205e-5, -23.7, -46.7 + 105e-5, x, y);
+    EXPECT_NEAR(Row(slot::PositionX, 201), x, 1e-3);
+    // GPS time of week: written from the last written row (105, the rows
+    // after it were held while still empty) to 4 rows past the mark, the
+    // time read less ten times the time difference to that row.
+    EXPECT_NEAR(Row(46, 201), 100205.0 - 0.96 * 10, 1e-2);
+    EXPECT_NEAR(Row(46, 204), 100205.0 - 0.96 * 10 + 0.03 * 10, 1e-2);
+    EXPECT_NEAR(Row(46, 150), 100205.0 - 0.96 * 10 - 0.51 * 10, 1e-2);
+    // The serial record and the linear speed at the last row.
+    EXPECT_FLOAT_EQ(Row(51, 600), 3.0f);
+}
+
+TEST_F(Stream, GpsWindowAndAccuracyLimits) {
+    // Pulse at tick 100 with its fix 39 ticks later: used; at 200 with 40: dropped.
+    {
+        StreamBuilder s = Build(400, {100}, 39, 14999, 179);
+        test::LoadStreamRun(s.b);
+        ConvertRawToRunData_MQ7(1);
+        EXPECT_TRUE(Conversion().OriginSet);  // 149.99 sets the origin
+        EXPECT_NEAR(Row(slot::SpeedKph, 101), 72.0, 1e-4);
+    }
+    {
+        StreamBuilder s = Build(400, {100}, 40, 240, 50);
+        test::LoadStreamRun(s.b);
+        ConvertRawToRunData_MQ7(1);
+        EXPECT_FALSE(Conversion().OriginSet);
+        EXPECT_FLOAT_EQ(Row(slot::SpeedKph, 101), -1.0f);
+        EXPECT_FLOAT_EQ(Row(44, 101), 0.0f);
+    }
+    {
+        // Accuracy 150: only slot 44 at the mark; speed accuracy 1.8: no speed.
+        StreamBuilder s = Build(400, {100}, 5, 15000, 180);
+        test::LoadStreamRun(s.b);
+        ConvertRawToRunData_MQ7(1);
+        EXPECT_FALSE(Conversion().OriginSet);
+        EXPECT_FLOAT_EQ(Row(44, 101), 150.0f);
+        EXPECT_FLOAT_EQ(Row(44, 102), 0.0f);  // not carried forward
+        EXPECT_FLOAT_EQ(Row(slot::PositionX, 101), 0.0f);
+        EXPECT_FLOAT_EQ(Row(slot::SpeedKph, 101), -1.0f);
+        EXPECT_FLOAT_EQ(Row(43, 101), 1.8f);
+    }
+}
+
+TEST_F(Stream, TimeIndexSteps) {
+    // At tick jumpAt the index is off the expected one by `step`.
+    auto run = [&](int jumpAt, int step) {
+        StreamBuilder s;
+        uint32_t t = 1;
+        for (int k = 0; k < 100; ++k) {
+            if (k == jumpAt) t = static_cast<uint32_t>(static_cast<int>(t) + step);
+            s.Tick(t++);
+            s.Rec(20, {0x30, 0x39});  // 12.345 V
+        }
+        test::LoadStreamRun(s.b);
+        ConvertRawToRunData_MQ7(1);
+        return test::Run1().RunEnd - test::Run1().RunStart;
+    };
+    EXPECT_EQ(run(50, 9), 99 + 9);  // +9 repairs: the rows in between are added
+    EXPECT_FLOAT_EQ(Row(slot::Time, 55), 0.54f);
+    EXPECT_FLOAT_EQ(Row(slot::Time, 109), 1.08f);
+    EXPECT_EQ(run(50, 10), 99);  // +10 does not: the gap stays for the run
+    EXPECT_FLOAT_EQ(Row(slot::Time, 100), 0.99f);
+    EXPECT_EQ(run(50, -9), 99 - 9);  // -9 resets the count
+    // -10 does not: the count and the row stay, and as the index keeps the
+    // same distance every later tick lands on the same row.
+    EXPECT_EQ(run(50, -10), 49);
+}
+
+TEST_F(Stream, DecodersAndChecksums) {
+    const std::vector<uint8_t> freq0 = {14, 0, 0, 0, 14};
+    EXPECT_EQ(DecodeFreq(freq0, 1), 0.0f);
+    const std::vector<uint8_t> acc = {8, 0x81, 0x80, 0x00, 0x40};
+    float lat = 0, lon = 0;
+    DecodeAccelerometer(acc, 1, lat, lon);
+    EXPECT_FLOAT_EQ(lat, 1.5f);
+    EXPECT_FLOAT_EQ(lon, -0.25f);
+    const std::vector<uint8_t> neg = {0xFF, 0xFF, 0xFF, 0xFF};
+    EXPECT_EQ(ExtractI32(neg, 0), -1.0);
+    EXPECT_EQ(ExtractU32(neg, 0), 4294967296.0f);
+    // A record whose checksum is the array's last byte passes; one cut off
+    // at the end fails without reading past it.
+    const std::vector<uint8_t> rec = {9, 0, 0, 1, 10};
+    EXPECT_TRUE(CheckCheckSumMQ7(rec, 0, 5));
+    EXPECT_FALSE(CheckCheckSumMQ7(std::span<const uint8_t>(rec).first(4), 0, 5));
+    EXPECT_FALSE(CheckCheckSumMQ7(rec, 3, 5));
+    const std::vector<uint8_t> bad = {9, 0, 0, 1, 11};
+    EXPECT_FALSE(CheckCheckSumMQ7(bad, 0, 5));
+}
+
+TEST_F(Stream, CorruptedStreamRecovers) {
+    StreamBuilder s = Build(2000, {100, 600, 1100, 1600}, 5, 240, 50);
+    std::vector<uint8_t> bytes = s.b;
+    std::mt19937 rng(7);
+    // Damage a stretch in the middle, and sprinkle single bytes.
+    for (size_t i = bytes.size() / 2; i < bytes.size() / 2 + 300; ++i)
+        bytes[i] = static_cast<uint8_t>(rng());
+    for (int k = 0; k < 40; ++k) bytes[rng() % bytes.size()] ^= 0x5A;
+    test::LoadStreamRun(bytes);
+    const RunRecord& r = test::Run1();
+    const int32_t rows = r.RunEnd - r.RunStart;
+    ConvertRawToRunData_MQ7(1);
+    EXPECT_EQ(r.RunEnd - r.RunStart, rows);
+    const size_t at = r.Details.find(" individual data samples, and ");
+    ASSERT_NE(at, std::string::npos);
+    const int errors = std::stoi(r.Details.substr(at + 30));
+    EXPECT_GT(errors, 40);
+    // The records after the damage are read again.
+    EXPECT_FLOAT_EQ(Row(slot::AccelLat, r.RunEnd), 0.5f);
+    EXPECT_NEAR(Row(slot::EngineSpeed, r.RunEnd), 3000.0, 1e-2);
+    EXPECT_NEAR(Row(slot::Time, r.RunEnd - 1), (r.RunEnd - 2) / 100.0, 1e-4);
+    // Random streams never crash either.
+    for (int trial = 0; trial < 20; ++trial) {
+        std::vector<uint8_t> junk(5000 + trial * 37);
+        for (auto& x : junk) x = static_cast<uint8_t>(rng() % 32);
+        test::LoadStreamRun(junk);
+        ConvertRawToRunData_MQ7(1);
+        EXPECT_NE(test::Run1().Details.find("data formatting errors."), std::string::npos);
+    }
+}
+
+TEST_F(Stream, TrimLookupAndSw63) {
+    StreamBuilder s = Build(300, {100}, 5, 240, 50);
+    test::LoadStreamRun(s.b);
+    EXPECT_TRUE(StreamScanAvailable());
+    const int32_t at = StreamRawIndexOfTime(1, 150);
+    ASSERT_GT(at, 0);
+    EXPECT_EQ(s.b[at], 9);
+    EXPECT_EQ(DecodeU24(s.b, at + 1), 151);    // tick 151 starts row 150
+    EXPECT_EQ(StreamRawIndexOfTime(1, 0), 6);  // after the logger record
+
+    UseProfile(Family::SW63, Vehicle::Car);
+    test::EnableAllVariables();
+    test::LoadStreamRun(s.b);
+    ConvertRawToRunData_MQ7(1);
+    EXPECT_FLOAT_EQ(Row(slot::SpeedKph, 101), -1.0f);  // no GPS speed on this family
+    EXPECT_TRUE(Conversion().OriginSet);
+}
+
+// The trim finds a stream run's window through the scan: the rows kept are
+// those of the times asked for, and a new scan of the trimmed bytes counts
+// exactly those rows.
+TEST_F(Stream, TrimKeepsTheWindowOfTheTimes) {
+    StreamBuilder s = Build(300, {}, 5, 240, 50);
+    test::LoadStreamRun(s.b);
+    ConvertRawToRunData_MQ7(1);
+    ASSERT_EQ(TrimRun(1, "1.00", "2.00"), TrimResult::Done);
+    const RunRecord& r = test::Run1();
+    EXPECT_EQ(r.RunEnd - r.RunStart, 100);
+    EXPECT_EQ(CountStreamRows(1), 100);
+    WipeRunData(1);
+    ConvertRawToRunData_MQ7(1);
+    // Tick k carries a longitudinal -0.25 - k / 1000 g: row 1 is now tick 100.
+    EXPECT_NEAR(Row(slot::AccelLong, 1), -0.25 - 0.100, 1.0 / 256);
+    EXPECT_NEAR(Row(slot::AccelLong, 101), -0.25 - 0.200, 1.0 / 256);
+    EXPECT_FLOAT_EQ(Row(slot::Time, 101), 1.0f);
+}
+
+}  // namespace
+}  // namespace tl
