@@ -38,47 +38,6 @@ bool ReadWholeFile(const std::string& path, std::string& out) {
     return true;
 }
 
-// The fields of a file as the comma-or-newline field input reads them.
-std::vector<std::string> ReadFields(const std::string& text) {
-    std::vector<std::string> fields;
-    const size_t n = text.size();
-    size_t pos = 0;
-    while (pos < n) {
-        while (pos < n && (text[pos] == ' ' || text[pos] == '\t')) ++pos;
-        if (pos >= n) break;
-        std::string field;
-        if (text[pos] == '"') {
-            const size_t close = text.find('"', pos + 1);
-            if (close == std::string::npos) {
-                field = text.substr(pos + 1);
-                pos = n;
-            } else {
-                field = text.substr(pos + 1, close - pos - 1);
-                pos = close + 1;
-            }
-            // Whatever follows the closing quote up to the next delimiter is
-            // passed over.
-            while (pos < n && text[pos] != ',' && text[pos] != '\r' && text[pos] != '\n') ++pos;
-        } else {
-            const size_t start = pos;
-            while (pos < n && text[pos] != ',' && text[pos] != '\r' && text[pos] != '\n') ++pos;
-            field = Trim(text.substr(start, pos - start));
-        }
-        if (pos < n) {
-            if (text[pos] == ',') {
-                ++pos;
-            } else if (text[pos] == '\r') {
-                ++pos;
-                if (pos < n && text[pos] == '\n') ++pos;
-            } else {
-                ++pos;
-            }
-        }
-        fields.push_back(std::move(field));
-    }
-    return fields;
-}
-
 std::string RecordLine(const std::string& key, const std::string& value) {
     return "\"" + key + "\",\"" + value + "\"\r\n";
 }
@@ -91,7 +50,7 @@ Records ReadConfigTable(const std::string& file) {
     std::string text;
     if (!ReadWholeFile(file, text)) throw RuntimeError(kErrFileNotFound, "File not found: " + file);
     Records records;
-    std::vector<std::string> fields = ReadFields(text);
+    std::vector<std::string> fields = SplitInputFields(text);
     for (size_t i = 0; i < fields.size(); i += 2) {
         if (static_cast<int>(records.size()) >= kConfigTableRows)
             throw RuntimeError(kErrSubscriptOutOfRange, "Subscript out of range");
@@ -113,11 +72,45 @@ bool ConfigWritable() {
 
 }  // namespace
 
+std::vector<std::string> SplitInputFields(const std::string& text) {
+    auto blank = [](char c) { return c == ' ' || c == '\t'; };
+    auto lineEnd = [](char c) { return c == '\r' || c == '\n'; };
+    std::vector<std::string> fields;
+    const size_t n = text.size();
+    size_t i = 0;
+    while (true) {
+        // Blanks and empty lines before a field are passed over.
+        while (i < n && (blank(text[i]) || lineEnd(text[i]))) ++i;
+        if (i >= n) break;
+        std::string field;
+        if (text[i] == '"') {
+            const size_t close = text.find('"', i + 1);
+            if (close == std::string::npos) {
+                field = text.substr(i + 1);
+                i = n;
+            } else {
+                field = text.substr(i + 1, close - i - 1);
+                i = close + 1;
+            }
+            // Whatever follows the closing quote up to the separator is ignored.
+            while (i < n && text[i] != ',' && !lineEnd(text[i])) ++i;
+        } else {
+            const size_t start = i;
+            while (i < n && text[i] != ',' && !lineEnd(text[i])) ++i;
+            field = text.substr(start, i - start);
+            while (!field.empty() && blank(field.back())) field.pop_back();
+        }
+        if (i < n && text[i] == ',') ++i;
+        fields.push_back(std::move(field));
+    }
+    return fields;
+}
+
 std::vector<std::pair<std::string, std::string>> ReadConfigRecords(const std::string& file) {
     std::string text;
     Records records;
     if (!ReadWholeFile(file, text)) return records;
-    std::vector<std::string> fields = ReadFields(text);
+    std::vector<std::string> fields = SplitInputFields(text);
     for (size_t i = 0; i < fields.size(); i += 2)
         records.emplace_back(fields[i], i + 1 < fields.size() ? fields[i + 1] : std::string());
     return records;

@@ -25,6 +25,12 @@ std::string GetConfigString(const std::string& file, const std::string& key);
 bool SetConfigString(const std::string& file, const std::string& key, const std::string& value);
 void RemoveUserVarsFromConfig();
 
+// The fields of a text as the platform's comma-or-newline field input reads
+// them: blanks and empty lines before a field are passed over; a field in
+// double quotes runs to the next double quote (anything after it up to the
+// separator is ignored); an unquoted field runs to the next comma or line end
+// and is trimmed.
+std::vector<std::string> SplitInputFields(const std::string& text);
 // The records of a configuration file, read as the original's comma-or-newline
 // field input does: a quoted field runs to the next double quote, so a quote
 // inside a value breaks the file for every later reader, as it always did.
