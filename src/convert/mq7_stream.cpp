@@ -17,6 +17,7 @@
 #include "core/log.h"
 #include "core/support.h"
 #include "core/ui_services.h"
+#include "derived/pipeline.h"
 
 namespace tl {
 
@@ -545,8 +546,8 @@ void StreamConversion::Run() {
         for (int32_t i = std::max(si_ + 1, r_.RunStart); i <= rowLimit_; ++i)
             col_[slot::Time][i] = static_cast<float>((i - r_.RunStart - 1) / 100.0);
     }
-    // MQ7 (not SW63): the formula wheel speed of the vehicle options follows
-    // here once the user channel evaluator exists (CalculateFormulaWheelSpeed).
+    // MQ7 (not SW63): the wheel speed of the vehicle options' formula.
+    if (Profile().HardwareMQ7) CalculateFormulaWheelSpeed(run_);
 }
 
 }  // namespace

@@ -15,6 +15,7 @@
 #include "core/platform.h"
 #include "core/system_info.h"
 #include "core/ui_services.h"
+#include "derived/external_serial.h"
 #include "files/raw_run_files.h"
 #include "store/run_procedures.h"
 
@@ -139,6 +140,7 @@ bool Main(const StartupOptions& options, StartupUi& ui) {
     // 5. The external conversion library is optional; without one there is
     //    nothing to test and the start goes on with no "S:" variables.
     LogDebug("check the external serial file");
+    if (ExternalSerialLibraryPresent() && !TestExternalSerialCode()) return false;
 
     // 6.
     LogDebug("check the availability of the file system");

@@ -194,8 +194,13 @@ void SetAvailableVars() {
             LogDebug("Set up the users serial variables");
             const int count = ExternalSerialVariableCount();
             LogDebug("External serial variables= " + std::to_string(count));
-            for (int i = 0; i <= std::min(count - 1, 48); ++i) {
-                RunVar& r = v[kFirstSerialSlot + i];
+            // The library's channels follow "Serial Bytes Rx [-]" in slot 51:
+            // the first takes slot 52, and the 48 a library may report fill
+            // slots 52 to 99 exactly, which is why 49 is refused. (Read as
+            // "slot 51 + i from i = 0", the first name would overwrite the
+            // serial byte count, which the stream conversion still writes.)
+            for (int i = 0; i <= std::min(count - 1, 47); ++i) {
+                RunVar& r = v[kFirstSerialSlot + 1 + i];
                 r.Name = "S:" + ExternalSerialVariableName(i);
                 r.Available = true;
                 LogDebug("external dll reported new name of: " + r.Name);

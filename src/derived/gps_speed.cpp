@@ -1,0 +1,112 @@
+// GPS speed at 100 rows a second: the sparse fixes of slot 8 (or 7) joined by
+// integrating the long acceleration between them, the drift of the
+// accelerometer taken out by looking ahead to a later fix.
+#include <algorithm>
+#include <string>
+#include <vector>
+
+#include "core/build_profile.h"
+#include "core/errors.h"
+#include "core/log.h"
+#include "core/support.h"
+#include "derived/derived_common.h"
+#include "derived/pipeline.h"
+
+namespace tl {
+
+namespace {
+
+// One row's change of speed in kph from an acceleration in g, evaluated in
+// the documented order with the 0.01 s row built in.
+inline float Step(float a) {
+    return a * 9.80665f / 100.0f / 1000.0f * 3600.0f;
+}
+
+}  // namespace
+
+void CalcSpeedGPS(int32_t run) {
+    Procedure("CalcSpeedGPS", [&] {
+        const auto rows = derived::RowsOf(run);
+        if (!rows.ok) return;
+        const bool log = LogOn();
+        const int32_t start = rows.first, end = rows.last;
+        const int lookAhead = Profile().HardwareHX40 ? 8 : 10;
+        const float* acc = derived::Col(slot::AccelLong);
+        float* kph = derived::Col(slot::SpeedKph);
+        float* mph = derived::Col(slot::SpeedMph);
+        if (!acc || !kph || !mph) return;
+
+        thread_local std::vector<float> spdBuf;
+        spdBuf.assign(static_cast<size_t>(end) + 1, 0.0f);
+        float* spd = spdBuf.data();
+        if (SlotEnabled(slot::SpeedKph))
+            std::copy(kph + start, kph + end + 1, spd + start);
+        else if (SlotEnabled(slot::SpeedMph))
+            std::copy(mph + start, mph + end + 1, spd + start);  // mph taken as it is
+        else
+            LogDebug("can't calculate GPS speed as there is no speed vector enabled");
+
+        int32_t p = start;
+        while (p < end) {
+            int32_t q = p + 1;
+            while (spd[q] == -1.0f && q < end) ++q;
+            if (log)
+                LogDebug("next GPS speed sample found at " + std::to_string(q) + " of " +
+                         std::to_string(spd[q]) + " kph");
+            int32_t f = q;
+            if (q < end) {
+                for (int n = 0; n < lookAhead; ++n) {
+                    if (f < end) ++f;
+                    while (spd[f] == -1.0f && f < end) ++f;
+                }
+                if (log) LogDebug("Future sample: " + std::to_string(f));
+                if (f == end) {
+                    while (spd[f] == -1.0f && f > start) --f;
+                    if (log) LogDebug("back tracked to sample: " + std::to_string(f));
+                }
+            }
+            if (q == end) {
+                LogDebug("Do the last section of data using accelerations only");
+                if (spd[p] == -1.0f) spd[p] = 0.0f;
+                for (int32_t i = p; i <= end - 1; ++i) spd[i + 1] = spd[i] + Step(acc[i]);
+                p = end;
+            } else if (p == start) {
+                LogDebug("first sample period so work backwards using accelerations only");
+                for (int32_t i = q; i >= p + 1; --i) spd[i - 1] = spd[i] - Step(acc[i]);
+                p = q;
+            } else if (f >= q) {
+                float t = spd[p];
+                for (int32_t i = p; i <= f; ++i) t += Step(acc[i]);
+                float c = f > p ? (t - spd[f]) / static_cast<float>(f - p) : 0.0f;
+                if (log) LogDebug("Correction Accel=" + std::to_string(c));
+                c = FindMax(FindMin(c, 10.0f), -10.0f);
+                bool negative = false;
+                for (int32_t i = p; i <= q - 1; ++i) {
+                    spd[i + 1] = spd[i] + Step(acc[i]) - c;
+                    if (spd[i + 1] < 0.0f) negative = true;
+                }
+                if (negative) {
+                    for (int32_t i = p; i <= q - 1; ++i) {
+                        spd[i + 1] = spd[i] + Step(acc[i]);
+                        if (spd[i + 1] < 0.0f) spd[i + 1] = 0.0f;
+                    }
+                }
+                p = q;
+            } else {
+                // Cannot happen (f starts at q and only moves back to a fix at
+                // or after q); leaving p unchanged would loop for ever, so the
+                // section is taken as settled.
+                LogDebug("Unhandleds set of conditions the CalcSpeedGPS");
+                p = q;
+            }
+        }
+        LogDebug("Clip any negitive speeds");
+        for (int32_t i = start; i <= end; ++i)
+            if (spd[i] < 0.0f) spd[i] = 0.0f;
+        if (SlotEnabled(slot::SpeedMph))
+            for (int32_t i = start; i <= end; ++i) mph[i] = spd[i] * 0.621371192f;
+        if (SlotEnabled(slot::SpeedKph)) std::copy(spd + start, spd + end + 1, kph + start);
+    });
+}
+
+}  // namespace tl
