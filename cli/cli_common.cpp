@@ -38,6 +38,16 @@ ParsedArgs ParseArguments(const std::vector<std::string>& args, const OptionSpec
             out.help = true;
             continue;
         }
+        // A one-letter option the command accepts as a value option ("-o
+        // OUT.csv") takes the next argument.
+        if (a.size() == 2 && valueOptions.count(a.substr(1))) {
+            if (i + 1 >= args.size()) {
+                out.error = "option " + a + " needs a value";
+                return out;
+            }
+            out.values[a.substr(1)] = args[++i];
+            continue;
+        }
         if (a.rfind("--", 0) != 0) {
             out.error = "unknown option " + a;
             return out;

@@ -16,6 +16,8 @@ struct Command {
 };
 
 int RunInfo(const std::vector<std::string>& args);
+int RunExport(const std::vector<std::string>& args);
+int RunExportRaw(const std::vector<std::string>& args);
 
 // The table main dispatches on; a new subcommand adds one line here.
 inline const Command kCommands[] = {
@@ -23,6 +25,16 @@ inline const Command kCommands[] = {
      "info [--config-dir DIR] [--family hx40|mq7|sv63|sw63] [--vehicle car|kart|bike|boat] "
      "FILE.run...",
      "Load run files as the program does (not processed) and print one line per run.", RunInfo},
+    {"export",
+     "export [--config-dir DIR] [--family F] [--vehicle V] [--all-vars] [--stage convert|all] "
+     "[--step S] [--run N] FILE.run... -o OUT.csv",
+     "Load and convert the runs, then write the processed CSV export of run N (default 1) "
+     "every S seconds (default 0.01); --stage convert skips the derived channels, --all-vars "
+     "selects every available variable first (stored in the configuration, as \"Set All\").",
+     RunExport},
+    {"export-raw",
+     "export-raw [--config-dir DIR] [--family F] [--vehicle V] FILE.run... -o OUT.csv",
+     "Load the runs (not processed) and write the raw CSV export of all of them.", RunExportRaw},
 };
 
 // Writes the usage of one command, or of all when name is empty.

@@ -77,7 +77,7 @@ bool SwapInCarFile(RunRecord& r) {
 
 }  // namespace
 
-void ConvertRawToRunData(int32_t run) {
+void ConvertRawToRunData(int32_t run, bool derivedPipeline) {
     CarFileSwap swap;
     Procedure("ConvertRawToRunData", [&] {
         RunStore& s = Store();
@@ -107,8 +107,10 @@ void ConvertRawToRunData(int32_t run) {
         else
             Message("Hardware not specified!");
 
-        DispProg("Calc derived variables");
-        ProcessDerivedVariables(run);
+        if (derivedPipeline) {
+            DispProg("Calc derived variables");
+            ProcessDerivedVariables(run);
+        }
 
         DispProg("Check internal data");
         CheckInternalDataStillValid();

@@ -99,7 +99,7 @@ void NormFrames(const NormContext c, int32_t fp, int32_t si, int32_t count,
 
 class Hx40Conversion {
   public:
-    explicit Hx40Conversion(int32_t run) : run_(run), r_(Store().RunInfo[run]) {}
+    explicit Hx40Conversion(int32_t run) : r_(Store().RunInfo[run]) {}
     void Run();
 
   private:
@@ -108,7 +108,6 @@ class Hx40Conversion {
     void Progress();
     bool Writable(int64_t row) const { return row >= 0 && row <= rowLimit_; }
 
-    int32_t run_;
     RunRecord& r_;
     ConversionState& cs_ = Conversion();
     const uint8_t* v_[9] = {};

@@ -46,10 +46,10 @@ TEST_F(ConvertDriverTest, EmptyCarFileLeavesTheOptionsFilesAlone) {
     EXPECT_EQ(ui.Texts(ScriptedEvent::Kind::ProgressCaption),
               std::vector<std::string>{"Processing: a"});
     EXPECT_EQ(ui.Count(ScriptedEvent::Kind::Message), 0);
-    // The rows stand as the wipe left them until the family converter lands:
-    // -1 (no value yet) in GPS speed.
+    // The family converter ran behind the driver: the time column counts the
+    // run's rows in hundredths.
     const RunRecord& r = Store().RunInfo[1];
-    EXPECT_EQ(Store().RunData(r.RunStart, ColumnOf(slot::SpeedKph)), -1.0f);
+    EXPECT_FLOAT_EQ(Store().RunData(r.RunStart + 5, ColumnOf(slot::Time)), 0.05f);
 }
 
 TEST_F(ConvertDriverTest, RunCarFileStandsInAndIsSwappedBack) {
