@@ -14,7 +14,9 @@
 //   --screenshot PATH    as --quit-after-start, saving a picture of the main
 //                        window (and the forms over it) to PATH first, and of
 //                        the start banner and each modal form closed on the
-//                        way to PATH with "-<form name>" before its extension.
+//                        way to PATH with "-<form name>" before its extension;
+//   --run-manager        opens the run manager once the start is over (for
+//                        pictures of a loaded run).
 #include <QApplication>
 #include <QDir>
 #include <QFileInfo>
@@ -42,6 +44,7 @@ struct ProgramOptions {
     std::string commandLine;
     std::string screenshotPath;
     bool quitAfterStart = false;
+    bool runManager = false;
 };
 
 ProgramOptions ParseArguments(const QStringList& arguments) {
@@ -53,6 +56,8 @@ ProgramOptions ParseArguments(const QStringList& arguments) {
             options.configDir = arguments[++i].toStdString();
         } else if (arg.startsWith(QLatin1String("--config-dir="))) {
             options.configDir = arg.mid(13).toStdString();
+        } else if (arg == QLatin1String("--run-manager")) {
+            options.runManager = true;
         } else if (arg == QLatin1String("--quit-after-start")) {
             options.quitAfterStart = true;
         } else if (arg == QLatin1String("--screenshot") && i + 1 < arguments.size()) {
@@ -166,6 +171,7 @@ int main(int argc, char** argv) {
 
     if (!tl::Main(options, ui)) return 0;
     if (!ui.MainFormLoaded()) return 0;
+    if (program.runManager) ui.MainWindow()->ShowRunManager();
 
     if (program.quitAfterStart) {
         QTimer::singleShot(0, &app, [&] {

@@ -1,20 +1,36 @@
 #!/bin/sh
-# Takes a picture of tracelab just after its start, on a throw-away
-# configuration root, and prints the path of the picture.
+# Takes a picture of tracelab with a demo run loaded and the run manager
+# open, on a throw-away configuration root, and prints the path of the
+# picture.
 #
-#   scripts/screenshot.sh [BUILD_DIR] [OUTPUT.png] [tokens...]
+#   scripts/screenshot.sh [OUTPUT.png]
+#   scripts/screenshot.sh BUILD_DIR [OUTPUT.png] [tokens...]
+#
+# Builds the program first when BUILD_DIR (default: build) has none. With
+# tokens after the output, the program starts with those in place of the
+# demo run ("<hx40> <car> <f:samples/demo_hx40_road.run>").
 #
 # The program grabs its own windows (--screenshot), so no screen-capture tool
 # is needed. Under Xvfb (xvfb-run) when it is installed, else offscreen.
 set -eu
 here=$(cd "$(dirname "$0")/.." && pwd)
-build=${1:-$here/build}
-out=${2:-$build/tracelab-start.png}
-[ $# -ge 2 ] && shift 2 || shift $#
+build=$here/build
+out=
+case "${1:-}" in
+    *.png) out=$1; shift ;;
+    "") ;;
+    *) build=$1; shift; out=${1:-}; [ $# -ge 1 ] && shift ;;
+esac
+[ -n "$out" ] || out=$build/tracelab-screenshot.png
+case "$out" in /*) ;; *) out=$(pwd)/$out ;; esac
 tracelab=$build/bin/tracelab
 if [ ! -x "$tracelab" ]; then
-    echo "no $tracelab: build first (cmake --build $build)" >&2
-    exit 1
+    [ -f "$build/build.ninja" ] || [ -f "$build/Makefile" ] ||
+        cmake -S "$here" -B "$build" -DTRACELAB_BENCH=OFF >/dev/null
+    cmake --build "$build" --target tracelab >/dev/null
+fi
+if [ $# -eq 0 ]; then
+    set -- "<hx40>" "<car>" "<f:$here/samples/demo_hx40_road.run>" --run-manager
 fi
 config=$(mktemp -d)
 trap 'rm -rf "$config"' EXIT

@@ -1,12 +1,23 @@
 // frmMain: the parent window of the whole application, a multi-document
-// frame. Views open as sub-windows of its QMdiArea; the menu bar and the
-// toolbar (Toolbar1) are filled by the shell's command table.
+// frame. Views open as sub-windows of its QMdiArea ("MDIClient"); the menu bar
+// and the toolbar (Toolbar1) are built by main_menus.cpp, one QAction per menu
+// entry, named as the entry's control (mnuFileLoadRun, RunManager, ...).
+//
+// Closing runs the original's MDIForm_QueryUnload: the save question when
+// raw data are loaded, the tool windows' state into TracelabCfgPath, then
+// ClearCurrentRun(True) and the other forms unloaded.
 #pragma once
 
 #include <QMainWindow>
+#include <QMap>
+#include <QPointer>
+
+#include "shell/run_manager.h"
 
 class QMdiArea;
 class QToolBar;
+class QMenu;
+class QAction;
 
 namespace tl::shell {
 
@@ -14,14 +25,61 @@ class MainForm : public QMainWindow {
     Q_OBJECT
   public:
     explicit MainForm(QWidget* parent = nullptr);
+    ~MainForm() override;
     QMdiArea* MdiArea() const { return mdi_; }
     QToolBar* Toolbar() const { return toolbar_; }
     // "VQ Tracelab - " + BuildIdString.
     static QString Caption();
 
+    // The menu entry (QAction) or menu (QMenu's action) of a control name.
+    QAction* Entry(const QString& controlName) const;
+    QMenu* Menu(const QString& controlName) const;
+
+    // EnableBuildMenus: the menus adapted to the family and vehicle.
+    void EnableBuildMenus();
+    // mnuWindow's click: toggles ticked, the window list with " (active)".
+    void RefreshWindowMenu();
+    // The recent-files list under mnuFile.
+    void RefreshRecentFiles();
+    // Loads .run files as the load command does (drag and drop, recent list).
+    void LoadRunFiles(const QStringList& paths);
+
+    // The run manager (created on first use), shown.
+    RunManagerForm* ShowRunManager();
+    RunManagerForm* RunManager() const { return runManager_.data(); }
+
+    // mnuFileExit: the save question, then the frame unloads without asking
+    // again.
+    void ExitProgram();
+    // mnuHelpContents / mnuHelpSearchForHelpOn; a failure is reported in a
+    // plain message box with an error number.
+    void OpenHelp(bool index);
+
+  protected:
+    void closeEvent(QCloseEvent* event) override;
+    void dragEnterEvent(QDragEnterEvent* event) override;
+    void dropEvent(QDropEvent* event) override;
+
   private:
+    void BuildMenus();
+    void BuildToolbar();
+    void RouteCommands();
+    QAction* AddEntry(QMenu* menu, const char* control, const char* caption);
+    QMenu* AddMenu(const char* control, const char* caption);
+    // Step 1 of the close: false when the user cancelled.
+    bool AskToSave();
+    void StoreWindowState();
+    void RestoreWindowState();
+
     QMdiArea* mdi_;
     QToolBar* toolbar_;
+    QMenu* recentMenu_ = nullptr;
+    QMap<QString, QAction*> entries_;
+    QMap<QString, QMenu*> menus_;
+    QList<QAction*> windowListActions_;
+    QPointer<RunManagerForm> runManager_;
+    bool exiting_ = false;  // mnuFileExit asked already
+    bool closed_ = false;
 };
 
 }  // namespace tl::shell
