@@ -28,7 +28,8 @@ constexpr int32_t kFrames = 360000;
 double StatusBytes(const char* key) {
     std::ifstream in("/proc/self/status");
     for (std::string line; std::getline(in, line);)
-        if (line.rfind(key, 0) == 0) return std::stod(line.substr(std::string(key).size())) * 1024.0;
+        if (line.rfind(key, 0) == 0)
+            return std::stod(line.substr(std::string(key).size())) * 1024.0;
     return 0;
 }
 
@@ -65,7 +66,8 @@ void BM_LoadTenHourLongHx40Runs(benchmark::State& state) {
     FormFamilyPaths();
     ClearCurrentRun(true);
     for (int s = 1; s <= 200; ++s)
-        if (Catalogue().RunVars[s].Available) SetConfig(Paths().TracelabCfgPath, PlainVarName(s), -1);
+        if (Catalogue().RunVars[s].Available)
+            SetConfig(Paths().TracelabCfgPath, PlainVarName(s), -1);
     std::vector<std::string> files;
     for (int r = 0; r < kRuns; ++r) {
         files.push_back(root.file("hour" + std::to_string(r) + ".run"));

@@ -58,16 +58,23 @@ void BuildProfile::SetVehicle(Vehicle v) {
 
 const char* FamilyWord(Family f) {
     switch (f) {
-        case Family::HX40: return "HX40";
-        case Family::MQ7: return "MQ7";
-        case Family::SV63: return "SV63";
-        case Family::SW63: return "SW63";
-        case Family::None: break;
+        case Family::HX40:
+            return "HX40";
+        case Family::MQ7:
+            return "MQ7";
+        case Family::SV63:
+            return "SV63";
+        case Family::SW63:
+            return "SW63";
+        case Family::None:
+            break;
     }
     return "";
 }
 
-const char* FamilyPrefix(Family f) { return FamilyWord(f); }
+const char* FamilyPrefix(Family f) {
+    return FamilyWord(f);
+}
 
 VersionNumber ProgramVersion() {
     return {TRACELAB_VERSION_MAJOR, TRACELAB_VERSION_MINOR, TRACELAB_VERSION_PATCH};
@@ -121,16 +128,32 @@ bool SetBuildFlags(const std::string& commandLine, std::string& fileToLoad) {
     int options[4];
     ReadBuildOptions(Paths().BuildOptionsPath, options);
     switch (options[0]) {
-        case 0: p.HardwareHX40 = true; break;
-        case 2: p.HardwareSV63 = true; break;
-        case 3: p.HardwareSW63 = true; break;
-        default: p.HardwareMQ7 = true; break;
+        case 0:
+            p.HardwareHX40 = true;
+            break;
+        case 2:
+            p.HardwareSV63 = true;
+            break;
+        case 3:
+            p.HardwareSW63 = true;
+            break;
+        default:
+            p.HardwareMQ7 = true;
+            break;
     }
     switch (options[1]) {
-        case 1: p.VehicleBike = true; break;
-        case 2: p.VehicleBoat = true; break;
-        case 3: p.VehicleKart = true; break;
-        default: p.VehicleCar = true; break;
+        case 1:
+            p.VehicleBike = true;
+            break;
+        case 2:
+            p.VehicleBoat = true;
+            break;
+        case 3:
+            p.VehicleKart = true;
+            break;
+        default:
+            p.VehicleCar = true;
+            break;
     }
     p.DebugFlag = options[2] == 1;
     // The export stamp value is read and has no effect.
@@ -139,16 +162,20 @@ bool SetBuildFlags(const std::string& commandLine, std::string& fileToLoad) {
     auto has = [&](const char* token) { return lower.find(token) != std::string::npos; };
 
     // Hardware: the first token in the order of test decides.
-    const std::pair<const char*, Family> hardware[] = {
-        {"<hx40>", Family::HX40}, {"<mq7>", Family::MQ7}, {"<sv63>", Family::SV63}, {"<sw63>", Family::SW63}};
+    const std::pair<const char*, Family> hardware[] = {{"<hx40>", Family::HX40},
+                                                       {"<mq7>", Family::MQ7},
+                                                       {"<sv63>", Family::SV63},
+                                                       {"<sw63>", Family::SW63}};
     for (const auto& [token, family] : hardware) {
         if (has(token)) {
             p.SetFamily(family);
             break;
         }
     }
-    const std::pair<const char*, Vehicle> vehicles[] = {
-        {"<car>", Vehicle::Car}, {"<bike>", Vehicle::Bike}, {"<boat>", Vehicle::Boat}, {"<kart>", Vehicle::Kart}};
+    const std::pair<const char*, Vehicle> vehicles[] = {{"<car>", Vehicle::Car},
+                                                        {"<bike>", Vehicle::Bike},
+                                                        {"<boat>", Vehicle::Boat},
+                                                        {"<kart>", Vehicle::Kart}};
     for (const auto& [token, vehicle] : vehicles) {
         if (has(token)) {
             p.SetVehicle(vehicle);
@@ -180,15 +207,23 @@ bool SetBuildFlags(const std::string& commandLine, std::string& fileToLoad) {
 std::string BuildIdString() {
     const BuildProfile& p = Profile();
     std::string vehicle;
-    if (p.VehicleCar) vehicle = "Car";
-    else if (p.VehicleKart) vehicle = "Kart";
-    else if (p.VehicleBike) vehicle = "Bike";
-    else if (p.VehicleBoat) vehicle = "Boat";
+    if (p.VehicleCar)
+        vehicle = "Car";
+    else if (p.VehicleKart)
+        vehicle = "Kart";
+    else if (p.VehicleBike)
+        vehicle = "Bike";
+    else if (p.VehicleBoat)
+        vehicle = "Boat";
     std::string family;
-    if (p.HardwareHX40) family = "/HX40";
-    else if (p.HardwareSV63) family = "/SV63";
-    else if (p.HardwareMQ7) family = "/MQ7";
-    else if (p.HardwareSW63) family = "/SW63";
+    if (p.HardwareHX40)
+        family = "/HX40";
+    else if (p.HardwareSV63)
+        family = "/SV63";
+    else if (p.HardwareMQ7)
+        family = "/MQ7";
+    else if (p.HardwareSW63)
+        family = "/SW63";
     const VersionNumber v = ProgramVersion();
     std::string id = std::to_string(v.major) + "." + std::to_string(v.minor) + "." +
                      std::to_string(v.revision) + "/" + vehicle + family;
@@ -216,10 +251,14 @@ void FormBasePaths(const std::string& appDir, const std::string& shareDir,
 void FormFamilyPaths() {
     const BuildProfile& p = Profile();
     Family family = Family::None;
-    if (p.HardwareHX40) family = Family::HX40;
-    else if (p.HardwareMQ7) family = Family::MQ7;
-    else if (p.HardwareSW63) family = Family::SW63;
-    else if (p.HardwareSV63) family = Family::SV63;
+    if (p.HardwareHX40)
+        family = Family::HX40;
+    else if (p.HardwareMQ7)
+        family = Family::MQ7;
+    else if (p.HardwareSW63)
+        family = Family::SW63;
+    else if (p.HardwareSV63)
+        family = Family::SV63;
     SystemPaths& paths = Paths();
     if (family == Family::None) return;
     const fs::path dir = fs::path(paths.ConfigRoot) / "Configuration";
@@ -252,8 +291,7 @@ std::string ChooseConfigRoot(const std::string& appDir, const std::string& overr
 std::string SeedConfigRoot(const std::string& shareDir, const std::string& configRoot) {
     std::error_code ec;
     fs::create_directories(fs::path(configRoot) / "Configuration", ec);
-    if (ec)
-        return "The configuration folder " + configRoot + " cannot be created: " + ec.message();
+    if (ec) return "The configuration folder " + configRoot + " cannot be created: " + ec.message();
     const fs::path defaults = fs::path(shareDir) / "defaults";
     if (!fs::is_directory(defaults, ec)) return {};
     for (auto it = fs::recursive_directory_iterator(defaults, ec);
@@ -265,11 +303,14 @@ std::string SeedConfigRoot(const std::string& shareDir, const std::string& confi
             fs::create_directories(target, ec);
         } else if (!fs::exists(target, ec)) {
             fs::copy_file(it->path(), target, ec);
-            if (ec) return "The configuration file " + target.string() + " cannot be created: " + ec.message();
+            if (ec)
+                return "The configuration file " + target.string() +
+                       " cannot be created: " + ec.message();
         }
         if (ec) break;
     }
-    if (ec) return "The configuration folder " + configRoot + " cannot be prepared: " + ec.message();
+    if (ec)
+        return "The configuration folder " + configRoot + " cannot be prepared: " + ec.message();
     return {};
 }
 

@@ -182,7 +182,8 @@ bool SetConfigString(const std::string& file, const std::string& key, const std:
     Procedure("SetConfigString", [&] {
         if (!ConfigWritable()) return;
         std::string text;
-        if (!ReadWholeFile(file, text)) throw RuntimeError(kErrFileNotFound, "File not found: " + file);
+        if (!ReadWholeFile(file, text))
+            throw RuntimeError(kErrFileNotFound, "File not found: " + file);
         Records records = ReadConfigRecords(file);
         bool found = false;
         for (auto& [k, v] : records) {
@@ -198,7 +199,8 @@ bool SetConfigString(const std::string& file, const std::string& key, const std:
             // and replaces the file in one step.
             std::string out;
             for (auto& [k, v] : records) out += RecordLine(k, k == key ? value : v);
-            const std::string& temp = Paths().TempDatPath.empty() ? file + ".tmp" : Paths().TempDatPath;
+            const std::string& temp =
+                Paths().TempDatPath.empty() ? file + ".tmp" : Paths().TempDatPath;
             if (!WriteFileAtomically(temp, out))
                 throw RuntimeError(kErrPathFileAccess, "Path/File access error: " + temp);
             std::error_code ec;
@@ -269,7 +271,8 @@ bool FileWriteable(const std::string& path) {
     bool ok = !path.empty();
     if (ok) {
         struct stat st {};
-        if (::stat(path.c_str(), &st) == 0 && (S_ISDIR(st.st_mode) || !(st.st_mode & S_IWUSR))) ok = false;
+        if (::stat(path.c_str(), &st) == 0 && (S_ISDIR(st.st_mode) || !(st.st_mode & S_IWUSR)))
+            ok = false;
     }
     if (ok) {
         int fd = ::open(path.c_str(), O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC, 0666);

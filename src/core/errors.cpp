@@ -11,7 +11,9 @@
 
 namespace tl {
 
-bool ErrorsPropagate() { return Profile().InterpFlag; }
+bool ErrorsPropagate() {
+    return Profile().InterpFlag;
+}
 
 void ReportError(const std::string& procedureName) {
     // Only the debug mode reports; the plain mode forgets the error.

@@ -28,13 +28,13 @@
 namespace tl {
 
 class RuntimeError : public std::runtime_error {
-public:
+  public:
     RuntimeError(int number, const std::string& description, std::string source = "Tracelab")
         : std::runtime_error(description), number_(number), source_(std::move(source)) {}
     int number() const { return number_; }
     const std::string& source() const { return source_; }
 
-private:
+  private:
     int number_;
     std::string source_;
 };

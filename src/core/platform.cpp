@@ -23,7 +23,9 @@ PlatformSlot& Slot() {
 
 }  // namespace
 
-Platform& CurrentPlatform() { return Slot().current; }
+Platform& CurrentPlatform() {
+    return Slot().current;
+}
 
 void SetPlatform(const Platform& platform) {
     PlatformSlot& slot = Slot();

@@ -25,7 +25,7 @@ namespace tl {
 // (frmVQMsgBox, title "Error Report"); PlainMessage() is the platform's plain
 // box with an OK button; the questions return the button chosen.
 class MessageBoxes {
-public:
+  public:
     virtual ~MessageBoxes() = default;
     virtual void Message(const std::string& text) = 0;
     virtual void PlainMessage(const std::string& text, const std::string& title) = 0;
@@ -39,7 +39,7 @@ public:
 // frmPleaseWait: a small topmost window with one line of text, and the busy
 // cursor on the main window while it shows.
 class WaitForm {
-public:
+  public:
     virtual ~WaitForm() = default;
     virtual void ShowWait(const std::string& reason) = 0;
     virtual void HideWait() = 0;
@@ -48,7 +48,7 @@ public:
 
 // frmProcess: the non-modal progress window of conversions.
 class ProgressForm {
-public:
+  public:
     virtual ~ProgressForm() = default;
     // animationPath is empty when no animation is to run.
     virtual void ShowProgress(const std::string& animationPath) = 0;
@@ -67,7 +67,7 @@ struct FileDialogRequest {
 };
 
 class FileDialogs {
-public:
+  public:
     virtual ~FileDialogs() = default;
     // The chosen files as full paths; empty when the user cancels.
     virtual std::vector<std::string> OpenFiles(const FileDialogRequest& request) = 0;
@@ -77,7 +77,7 @@ public:
 
 // The timer of seconds since midnight and the event pump ("let events run").
 class Clock {
-public:
+  public:
     virtual ~Clock() = default;
     virtual double SecondsSinceMidnight() = 0;
     virtual void DoEvents() = 0;
@@ -91,7 +91,7 @@ struct MemoryFigures {
 };
 
 class MemoryStatus {
-public:
+  public:
     virtual ~MemoryStatus() = default;
     virtual MemoryFigures Read() = 0;
 };
@@ -100,7 +100,7 @@ public:
 // implements it; the default does nothing, which is right for a program with
 // no windows.
 class ShellHooks {
-public:
+  public:
     virtual ~ShellHooks() = default;
     // SetAllMousePointers: 11 the hourglass, 0 the default.
     virtual void SetAllMousePointers(int /*shape*/) {}

@@ -44,17 +44,17 @@ class ScriptedPlatform final : public MessageBoxes,
                                public Clock,
                                public MemoryStatus,
                                public ShellHooks {
-public:
+  public:
     // The Platform structure pointing at this object, ready for SetPlatform.
     Platform AsPlatform();
 
     // --- scripting ---
     std::deque<bool> yesNoAnswers;  // when empty: defaultYesNo
     bool defaultYesNo = false;
-    std::deque<bool> okCancelAnswers;                       // when empty: OK
-    std::deque<std::optional<std::string>> inputAnswers;   // when empty: cancel
-    std::deque<std::vector<std::string>> openAnswers;      // when empty: cancel
-    std::deque<std::optional<std::string>> saveAnswers;    // when empty: cancel
+    std::deque<bool> okCancelAnswers;                     // when empty: OK
+    std::deque<std::optional<std::string>> inputAnswers;  // when empty: cancel
+    std::deque<std::vector<std::string>> openAnswers;     // when empty: cancel
+    std::deque<std::optional<std::string>> saveAnswers;   // when empty: cancel
     MemoryFigures memoryFigures{8e9, 4e9, 16e9, 12e9};
     // Virtual clock: each DoEvents advances it by secondsPerEvent.
     double secondsSinceMidnight = 36000.0;
@@ -100,7 +100,7 @@ public:
     // --- ShellHooks ---
     void SetAllMousePointers(int shape) override;
 
-private:
+  private:
     void record(ScriptedEvent::Kind kind, const std::string& title, const std::string& text);
     bool waitShown_ = false;
 };

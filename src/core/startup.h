@@ -9,7 +9,7 @@ namespace tl {
 // and the tests with HeadlessStartupUi, which has no banner, no main form and
 // no first-run form.
 class StartupUi {
-public:
+  public:
     virtual ~StartupUi() = default;
     // frmStartBanner with "BuildCode:" + BuildIdString in VersionLabel.
     // Returns false when there is no banner to hold on screen.
@@ -24,7 +24,7 @@ public:
 };
 
 class HeadlessStartupUi : public StartupUi {
-public:
+  public:
     bool ShowBanner(const std::string&) override { return false; }
     void HideBanner() override {}
     void ShowMainForm() override {}

@@ -9,8 +9,12 @@
 
 namespace tl {
 
-float FindMax(float a, float b) { return a > b ? a : b; }
-float FindMin(float a, float b) { return a < b ? a : b; }
+float FindMax(float a, float b) {
+    return a > b ? a : b;
+}
+float FindMin(float a, float b) {
+    return a < b ? a : b;
+}
 
 float FindClip(float low, float x, float high) {
     if (x < low) return low;
@@ -71,7 +75,9 @@ void SimEquat(float a1, float b1, float c1, float a2, float b2, float c2, float&
     y = (c1 - a1 * x) / b1;
 }
 
-void Swap(int32_t& a, int32_t& b) { std::swap(a, b); }
+void Swap(int32_t& a, int32_t& b) {
+    std::swap(a, b);
+}
 
 bool ValidNumber(const std::string& text) {
     for (char c : text)
@@ -104,7 +110,8 @@ double GetVal_NI(const std::string& input) {
     if (size_t dot = kept.find('.'); dot != std::string::npos) {
         whole = kept.substr(0, dot);
         size_t next = kept.find('.', dot + 1);
-        fraction = kept.substr(dot + 1, next == std::string::npos ? std::string::npos : next - dot - 1);
+        fraction =
+            kept.substr(dot + 1, next == std::string::npos ? std::string::npos : next - dot - 1);
     }
     double f = 0.0;
     if (!fraction.empty()) {
@@ -202,18 +209,38 @@ void QSort(std::span<float> a, int32_t first, int32_t last) {
 uint32_t VqColorIndex(int index, bool invert) {
     uint32_t c;
     switch (index) {
-        case 0: c = 0; break;
-        case 1: c = 255; break;
-        case 2: c = 0xFF00FF; break;
-        case 3: c = 0xFF0000; break;
-        case 4: c = 65280 / 2; break;
-        case 5: c = 65280; break;
-        case 6: c = 65535; break;
-        case 7: c = 0xFFFF00; break;
-        case 8: c = 16711680 / 2; break;
+        case 0:
+            c = 0;
+            break;
+        case 1:
+            c = 255;
+            break;
+        case 2:
+            c = 0xFF00FF;
+            break;
+        case 3:
+            c = 0xFF0000;
+            break;
+        case 4:
+            c = 65280 / 2;
+            break;
+        case 5:
+            c = 65280;
+            break;
+        case 6:
+            c = 65535;
+            break;
+        case 7:
+            c = 0xFFFF00;
+            break;
+        case 8:
+            c = 16711680 / 2;
+            break;
         // 255 / 2 is 127.5, which the colour's integer type rounds (halves to
         // even) to 128.
-        case 9: c = 128; break;
+        case 9:
+            c = 128;
+            break;
         default:
             c = Rgb(128, 128, 128);
             LogDebug("Cursor Color Out Of Bounds!");

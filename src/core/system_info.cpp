@@ -17,11 +17,16 @@ MemoryFigures ParseMemInfo(const std::string& text) {
         std::istringstream fields(line);
         if (!(fields >> key >> kb)) continue;
         const double bytes = kb * 1024.0;
-        if (key == "MemTotal:") total = bytes;
-        else if (key == "MemAvailable:") available = bytes, sawAvailable = true;
-        else if (key == "MemFree:") memFree = bytes;
-        else if (key == "SwapTotal:") swapTotal = bytes;
-        else if (key == "SwapFree:") swapFree = bytes;
+        if (key == "MemTotal:")
+            total = bytes;
+        else if (key == "MemAvailable:")
+            available = bytes, sawAvailable = true;
+        else if (key == "MemFree:")
+            memFree = bytes;
+        else if (key == "SwapTotal:")
+            swapTotal = bytes;
+        else if (key == "SwapFree:")
+            swapFree = bytes;
     }
     if (!sawAvailable) available = memFree;
     MemoryFigures f;

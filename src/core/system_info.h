@@ -11,7 +11,7 @@ namespace tl {
 // Physical memory: MemTotal / MemAvailable. Virtual memory: physical plus
 // swap (SwapTotal / SwapFree), which is what a process can still commit.
 class ProcMemoryStatus final : public MemoryStatus {
-public:
+  public:
     MemoryFigures Read() override;
 };
 

@@ -18,9 +18,13 @@ double& ProgressStart() {
 
 }  // namespace
 
-double Timer() { return CurrentPlatform().clock->SecondsSinceMidnight(); }
+double Timer() {
+    return CurrentPlatform().clock->SecondsSinceMidnight();
+}
 
-void DoEvents() { CurrentPlatform().clock->DoEvents(); }
+void DoEvents() {
+    CurrentPlatform().clock->DoEvents();
+}
 
 void ShowPleaseWait(const std::string& text) {
     LogDebug("Waittext: " + text);
@@ -35,7 +39,8 @@ void HidePleaseWait() {
 void ShowNonModal() {
     ProgressStart() = Timer();
     std::string animation;
-    if (!Profile().FastStartFlag && FileExists(Paths().ProcessAviPath)) animation = Paths().ProcessAviPath;
+    if (!Profile().FastStartFlag && FileExists(Paths().ProcessAviPath))
+        animation = Paths().ProcessAviPath;
     CurrentPlatform().progress->ShowProgress(animation);
 }
 
@@ -59,7 +64,9 @@ void DispProg(const std::string& text) {
     LogDebug("Process Progress string updated");
 }
 
-void HideNonModal() { CurrentPlatform().progress->HideProgress(); }
+void HideNonModal() {
+    CurrentPlatform().progress->HideProgress();
+}
 
 void Message(const std::string& text) {
     LogDebug("User Message : " + text);
@@ -83,7 +90,9 @@ bool OkCancelBox(const std::string& title, const std::string& text) {
     return CurrentPlatform().messages->OkCancel(title, text);
 }
 
-bool ReprocessQuestion() { return YesNoBox("Question", "Do you want to process data now ?"); }
+bool ReprocessQuestion() {
+    return YesNoBox("Question", "Do you want to process data now ?");
+}
 
 void Pause(double seconds) {
     double end = Timer() + seconds;
@@ -93,8 +102,14 @@ void Pause(double seconds) {
     while (Timer() < end) DoEvents();
 }
 
-void SetAllMousePointers(int shape) { CurrentPlatform().shell->SetAllMousePointers(shape); }
-void DisableAllForms() { CurrentPlatform().shell->DisableAllForms(); }
-void EnableAllForms() { CurrentPlatform().shell->EnableAllForms(); }
+void SetAllMousePointers(int shape) {
+    CurrentPlatform().shell->SetAllMousePointers(shape);
+}
+void DisableAllForms() {
+    CurrentPlatform().shell->DisableAllForms();
+}
+void EnableAllForms() {
+    CurrentPlatform().shell->EnableAllForms();
+}
 
 }  // namespace tl

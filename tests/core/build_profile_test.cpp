@@ -13,7 +13,7 @@ using test::WriteAll;
 using Kind = ScriptedEvent::Kind;
 
 class BuildFlags : public test::EngineTest {
-protected:
+  protected:
     std::string Apply(const std::string& commandLine) {
         std::string file;
         EXPECT_TRUE(SetBuildFlags(commandLine, file));

@@ -16,19 +16,20 @@ using test::WriteAll;
 using Kind = ScriptedEvent::Kind;
 
 class ConfigStore : public test::EngineTest {
-protected:
+  protected:
     std::string cfg() { return Paths().TracelabCfgPath; }
     std::string car() { return Paths().CarCfgPath; }
 };
 
 TEST_F(ConfigStore, GetConfigReadsKeysExactly) {
-    WriteAll(cfg(), "\"RunPath\",\"/runs\"\r\n\"MappingMode\",\"2\"\r\n\"Speed [kph]\",\"-1\"\r\n"
-                    "\"Odd\",\"12,5\"\r\n");
+    WriteAll(cfg(),
+             "\"RunPath\",\"/runs\"\r\n\"MappingMode\",\"2\"\r\n\"Speed [kph]\",\"-1\"\r\n"
+             "\"Odd\",\"12,5\"\r\n");
     EXPECT_FLOAT_EQ(GetConfig(cfg(), "MappingMode"), 2);
     EXPECT_FLOAT_EQ(GetConfig(cfg(), "Speed [kph]"), -1);
     EXPECT_FLOAT_EQ(GetConfig(cfg(), "mappingmode"), 0);  // case counts
-    EXPECT_FLOAT_EQ(GetConfig(cfg(), "Missing"), 0);       // silent
-    EXPECT_FLOAT_EQ(GetConfig(cfg(), "Odd"), 125);         // the comma is dropped
+    EXPECT_FLOAT_EQ(GetConfig(cfg(), "Missing"), 0);      // silent
+    EXPECT_FLOAT_EQ(GetConfig(cfg(), "Odd"), 125);        // the comma is dropped
     EXPECT_EQ(GetConfigString(cfg(), "RunPath"), "/runs");
     EXPECT_EQ(GetConfigString(cfg(), "Missing"), "");
     EXPECT_EQ(ui.Count(Kind::Message), 0);
@@ -89,7 +90,8 @@ TEST_F(ConfigStore, WritesNeedAWritableSettingsFile) {
 
 TEST_F(ConfigStore, AFileOfMoreThan501LinesRaisesAnErrorAndStaysAsItWas) {
     std::string big;
-    for (int i = 0; i < 502; ++i) big += "\"K" + std::to_string(i) + "\",\"" + std::to_string(i) + "\"\r\n";
+    for (int i = 0; i < 502; ++i)
+        big += "\"K" + std::to_string(i) + "\",\"" + std::to_string(i) + "\"\r\n";
     WriteAll(cfg(), big);
     SetConfig(cfg(), "New", 1);  // silent mode: the error vanishes
     EXPECT_EQ(ReadAll(cfg()), big);

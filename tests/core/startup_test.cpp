@@ -21,7 +21,7 @@ using test::ReadAll;
 using test::WriteAll;
 
 class Startup : public test::EngineTest {
-protected:
+  protected:
     StartupOptions Options(const std::string& commandLine) {
         StartupOptions o;
         o.appDir = TRACELAB_BIN_DIR;
@@ -33,7 +33,7 @@ protected:
 
 // A start-up UI that records what Main showed.
 class RecordingUi : public StartupUi {
-public:
+  public:
     std::vector<std::string> shown;
     bool greet = true;
     bool ShowBanner(const std::string& label) override {
@@ -77,9 +77,15 @@ TEST_F(Startup, EachUnwritableFileHasItsMessage) {
         std::string message;
     };
     const std::vector<Case> cases = {
-        {Paths().TracelabCfgPath, "A crutial system file cannot be accessed (HX40_Tracelab),  a reboot or re-installation may be required"},
-        {Paths().CarCfgPath, "A crutial system file cannot be accessed (HX40_Tracelab),  a reboot or re-installation may be required"},
-        {Paths().UserVarsCfgPath, "A crutial system file cannot be accessed (HX40_UserVars), a reboot or re-installation may be required"},
+        {Paths().TracelabCfgPath,
+         "A crutial system file cannot be accessed (HX40_Tracelab),  a reboot or re-installation "
+         "may be required"},
+        {Paths().CarCfgPath,
+         "A crutial system file cannot be accessed (HX40_Tracelab),  a reboot or re-installation "
+         "may be required"},
+        {Paths().UserVarsCfgPath,
+         "A crutial system file cannot be accessed (HX40_UserVars), a reboot or re-installation "
+         "may be required"},
     };
     for (const Case& c : cases) {
         ui.ClearRecords();
@@ -124,11 +130,13 @@ TEST_F(Startup, MainRunsInItsOrderAndGreetsAFirstStart) {
     EXPECT_GT(Catalogue().NumVars, 1);
 
     const std::string log = ReadAll(Paths().LogPath);
-    EXPECT_EQ(log.rfind("**** System Started ****\r\nprogram started from menu, <debug>\r\n\r\n", 0), 0u);
-    for (const char* line : {"check the external serial file\r\n", "check the availability of the file system\r\n",
-                             "show the start banner\r\n", "hide the start banner\r\n", "load the main form\r\n",
-                             "main form now loaded\r\n", "Show the first time screen if required\r\n",
-                             "End Of main module.\r\n"})
+    EXPECT_EQ(
+        log.rfind("**** System Started ****\r\nprogram started from menu, <debug>\r\n\r\n", 0), 0u);
+    for (const char* line :
+         {"check the external serial file\r\n", "check the availability of the file system\r\n",
+          "show the start banner\r\n", "hide the start banner\r\n", "load the main form\r\n",
+          "main form now loaded\r\n", "Show the first time screen if required\r\n",
+          "End Of main module.\r\n"})
         EXPECT_NE(log.find(line), std::string::npos) << line;
     EXPECT_LT(log.find("show the start banner"), log.find("load the main form"));
 

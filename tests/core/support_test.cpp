@@ -84,7 +84,8 @@ TEST(LinearFilterVar, AveragesWithItsWindowPhaseAndLeavesTheEnds) {
         std::vector<float> got = noise;
         LinearFilterVar(got, seconds);
         std::vector<float> want = SlowFilter(noise, seconds);
-        for (size_t i = 0; i < got.size(); ++i) ASSERT_NEAR(got[i], want[i], 1e-5) << seconds << " " << i;
+        for (size_t i = 0; i < got.size(); ++i)
+            ASSERT_NEAR(got[i], want[i], 1e-5) << seconds << " " << i;
         // The first h + 1 and the last t + 1 samples are untouched.
         EXPECT_EQ(got.front(), noise.front());
         EXPECT_EQ(got.back(), noise.back());

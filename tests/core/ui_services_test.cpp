@@ -68,14 +68,16 @@ TEST_F(UiServices, TheThreeErrorModes) {
     auto failing = [] { throw RuntimeError(kErrOverflow, "Overflow"); };
     EXPECT_FALSE(Procedure("CalcSomething", failing));
     EXPECT_EQ(ui.Count(Kind::Message), 0);
-    EXPECT_EQ(ProcedureValue("CalcValue", 7, [] () -> int { throw std::bad_alloc(); }), 7);
+    EXPECT_EQ(ProcedureValue("CalcValue", 7, []() -> int { throw std::bad_alloc(); }), 7);
 
     Profile().DebugFlag = true;
     EXPECT_FALSE(Procedure("CalcSomething", failing));
-    EXPECT_TRUE(ui.Saw(Kind::Message, "Error, an error was encountered in CalcSomething- check log"));
+    EXPECT_TRUE(
+        ui.Saw(Kind::Message, "Error, an error was encountered in CalcSomething- check log"));
     const std::string log = ReadAll(Paths().LogPath);
-    EXPECT_NE(log.find("Error in CalcSomething\r\nError Description: Overflow\r\nError Number: 6\r\n"),
-              std::string::npos);
+    EXPECT_NE(
+        log.find("Error in CalcSomething\r\nError Description: Overflow\r\nError Number: 6\r\n"),
+        std::string::npos);
 
     Profile().InterpFlag = true;
     EXPECT_THROW(Procedure("CalcSomething", failing), RuntimeError);
