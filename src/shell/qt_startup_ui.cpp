@@ -1,26 +1,13 @@
 #include "shell/qt_startup_ui.h"
 
 #include <QApplication>
-#include <QGuiApplication>
-#include <QScreen>
 
 #include "platform/qt/qt_platform.h"
+#include "platform/qt/window_placement.h"
 #include "shell/main_form.h"
 #include "shell/start_forms.h"
 
 namespace tl::shell {
-
-namespace {
-
-void CentreOnScreen(QWidget* widget) {
-    QScreen* screen = QGuiApplication::primaryScreen();
-    if (screen == nullptr) return;
-    QRect box = widget->frameGeometry();
-    box.moveCenter(screen->availableGeometry().center());
-    widget->move(box.topLeft());
-}
-
-}  // namespace
 
 QtStartupUi::QtStartupUi(qt::QtPlatform& platform) : platform_(platform) {}
 
@@ -37,7 +24,7 @@ QtStartupUi::~QtStartupUi() {
 bool QtStartupUi::ShowBanner(const std::string& versionLabel) {
     if (banner_.isNull()) banner_ = new StartBanner(QString::fromStdString(versionLabel));
     banner_->adjustSize();
-    CentreOnScreen(banner_);
+    qt::CentreWidgetOn(banner_, nullptr);
     banner_->show();
     banner_->raise();
     banner_->repaint();

@@ -1,12 +1,12 @@
 #include "platform/qt/message_form.h"
 
 #include <QFontMetrics>
-#include <QGuiApplication>
 #include <QPlainTextEdit>
 #include <QPushButton>
-#include <QScreen>
 #include <QTextLayout>
 #include <QVBoxLayout>
+
+#include "platform/qt/window_placement.h"
 
 #include <algorithm>
 
@@ -86,16 +86,7 @@ void VQMsgBox::SetMessage(const QString& text) {
 }
 
 void VQMsgBox::CentreOn(const QWidget* window) {
-    QRect area;
-    if (window != nullptr && window->isVisible()) {
-        area = window->frameGeometry();
-    } else if (QScreen* screen = QGuiApplication::primaryScreen()) {
-        area = screen->availableGeometry();
-    }
-    if (!area.isValid()) return;
-    QRect box = frameGeometry();
-    box.moveCenter(area.center());
-    move(box.topLeft());
+    CentreWidgetOn(this, window);
 }
 
 }  // namespace tl::qt

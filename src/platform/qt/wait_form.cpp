@@ -1,9 +1,9 @@
 #include "platform/qt/wait_form.h"
 
-#include <QGuiApplication>
 #include <QLabel>
-#include <QScreen>
 #include <QVBoxLayout>
+
+#include "platform/qt/window_placement.h"
 
 namespace tl::qt {
 
@@ -36,16 +36,7 @@ void PleaseWaitForm::SetReason(const QString& reason) {
 }
 
 void PleaseWaitForm::CentreOn(const QWidget* window) {
-    QRect area;
-    if (window != nullptr && window->isVisible()) {
-        area = window->frameGeometry();
-    } else if (QScreen* screen = QGuiApplication::primaryScreen()) {
-        area = screen->availableGeometry();
-    }
-    if (!area.isValid()) return;
-    QRect box = frameGeometry();
-    box.moveCenter(area.center());
-    move(box.topLeft());
+    CentreWidgetOn(this, window);
 }
 
 }  // namespace tl::qt
