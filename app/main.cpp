@@ -16,7 +16,12 @@
 //                        the start banner and each modal form closed on the
 //                        way to PATH with "-<form name>" before its extension;
 //   --run-manager        opens the run manager once the start is over (for
-//                        pictures of a loaded run).
+//                        pictures of a loaded run);
+//   --lap-times          opens the lap and sector time table once the start
+//                        is over; run 1 is processed if it was not, and when
+//                        it has no lap marker yet, the automatic lap marker
+//                        and sectors are placed on it as the buttons of "Laps
+//                        and Sectors" place them.
 #include <QApplication>
 #include <QDir>
 #include <QFileInfo>
@@ -32,10 +37,17 @@
 #include <cstdlib>
 #include <string>
 
+#include "convert/convert_driver.h"
+#include "core/build_profile.h"
+#include "core/config_store.h"
 #include "core/startup.h"
 #include "platform/qt/qt_platform.h"
+#include "results/laps.h"
 #include "shell/main_form.h"
 #include "shell/qt_startup_ui.h"
+#include "store/catalogue.h"
+#include "store/run_procedures.h"
+#include "store/run_store.h"
 
 namespace {
 
@@ -45,6 +57,7 @@ struct ProgramOptions {
     std::string screenshotPath;
     bool quitAfterStart = false;
     bool runManager = false;
+    bool lapTimes = false;
 };
 
 ProgramOptions ParseArguments(const QStringList& arguments) {
@@ -58,6 +71,8 @@ ProgramOptions ParseArguments(const QStringList& arguments) {
             options.configDir = arg.mid(13).toStdString();
         } else if (arg == QLatin1String("--run-manager")) {
             options.runManager = true;
+        } else if (arg == QLatin1String("--lap-times")) {
+            options.lapTimes = true;
         } else if (arg == QLatin1String("--quit-after-start")) {
             options.quitAfterStart = true;
         } else if (arg == QLatin1String("--screenshot") && i + 1 < arguments.size()) {
@@ -172,6 +187,24 @@ int main(int argc, char** argv) {
     if (!tl::Main(options, ui)) return 0;
     if (!ui.MainFormLoaded()) return 0;
     if (program.runManager) ui.MainWindow()->ShowRunManager();
+    if (program.lapTimes) {
+        // A run loaded but not processed (the start's question answered No)
+        // has no times yet: it is processed first.
+        tl::RunStore& store = tl::Store();
+        if (store.RunCount > 0 &&
+            tl::RunData(store.RunInfo[1].RunEnd, tl::ColumnOf(tl::slot::Time)) == 0.0f) {
+            tl::ConvertRawToRunData(1);
+            tl::CheckInternalDataStillValid();
+        }
+        if (store.RunCount > 0 && tl::CheckForLapMarker() == -1) {
+            const std::string& cfg = tl::Paths().TracelabCfgPath;
+            const std::string length = tl::ConfigNumberText(tl::GetConfig(cfg, "MarkerLengthTxt"));
+            tl::AutoAddLapMarkerCmd(1, length);
+            tl::AutoAddSectorsCmd(
+                1, tl::ConfigNumberText(tl::GetConfig(cfg, "NumOfAutoSectorsTxt")), length);
+        }
+        ui.MainWindow()->ShowLapSectorTimes();
+    }
 
     if (program.quitAfterStart) {
         QTimer::singleShot(0, &app, [&] {

@@ -1,12 +1,21 @@
 #include "cli/cli_common.h"
+#include "cli/commands.h"
 
 #include <unistd.h>
 
+#include <cstdio>
 #include <filesystem>
 #include <iostream>
 
+#include "core/build_profile.h"
+#include "core/config_store.h"
 #include "core/platform.h"
 #include "core/startup.h"
+#include "core/support.h"
+#include "files/raw_run_files.h"
+#include "results/laps.h"
+#include "store/run_procedures.h"
+#include "store/run_store.h"
 
 namespace fs = std::filesystem;
 
@@ -130,6 +139,47 @@ bool Engine::Start(const ParsedArgs& args, std::ostream& err) {
         err << "tracelab-cli: the engine did not start (see the messages above)\n";
         return false;
     }
+    return true;
+}
+
+bool LoadFiles(const char* command, const std::vector<std::string>& files) {
+    bool allLoaded = true;
+    for (const std::string& file : files) {
+        const int32_t before = Store().RunCount;
+        LoadDataFromFile(file);
+        if (Store().RunCount == before) {
+            allLoaded = false;
+            std::cerr << "tracelab-cli " << command << ": " << file << " was not loaded\n";
+        }
+    }
+    return allLoaded;
+}
+
+int UsageError(const char* command, const std::string& error) {
+    std::cerr << "tracelab-cli " << command << ": " << error << "\n\n";
+    PrintUsage(std::cerr, command);
+    return kExitUsage;
+}
+
+bool PrepareLapsAndSectors(const char* command, const ParsedArgs& args) {
+    const bool sectors = args.values.count("auto-sectors") > 0;
+    const std::string sectorText = args.Value("auto-sectors");
+    if (sectors && (sectorText.empty() || !ValidNumber(sectorText))) {
+        std::cerr << "tracelab-cli " << command << ": --auto-sectors needs a number of sectors\n";
+        return false;
+    }
+    if (Store().RunCount < 1) return true;
+    const std::string& cfg = Paths().TracelabCfgPath;
+    // The marker length as the pipeline's automatic lap marker reads it.
+    const float length = FindMin(FindMax(GetConfig(cfg, "MarkerLengthTxt"), 2.0f), 200.0f);
+    if (CheckForLapMarker() == -1) AutoPlaceLapMarker(1, length / 2.0f);
+    if (sectors) {
+        char lengthText[32];
+        std::snprintf(lengthText, sizeof lengthText, "%g", static_cast<double>(length));
+        ClearAllSectors();
+        AutoAddSectorsCmd(1, sectorText, lengthText);
+    }
+    CheckInternalDataStillValid();
     return true;
 }
 

@@ -68,6 +68,21 @@ class Engine {
     int messages_ = 0;
 };
 
+// Loads each file as the load menu does; false (with a line on stderr naming
+// the command) when any was refused.
+bool LoadFiles(const char* command, const std::vector<std::string>& files);
+
+// A usage error: the reason and the command's usage on stderr.
+int UsageError(const char* command, const std::string& error);
+
+// The laps of the loaded, processed runs: the lap marker is placed on run 1
+// when none exists (as the program's automatic lap marker places it, with the
+// configured marker length), and with autoSectors (the number of sectors, as
+// the laps form takes it) the sectors too; then the data are checked, which
+// recomputes crossings and time slip. False, with the reason on stderr, when
+// the sector count is not a number.
+bool PrepareLapsAndSectors(const char* command, const ParsedArgs& args);
+
 // The directory of the running executable.
 std::string ExecutableDir();
 

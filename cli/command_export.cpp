@@ -28,33 +28,9 @@
 
 namespace tl::cli {
 
-namespace {
-
-// Loads each file; false (with a line on stderr) when any was refused.
-bool LoadFiles(const char* command, const std::vector<std::string>& files) {
-    bool allLoaded = true;
-    for (const std::string& file : files) {
-        const int32_t before = Store().RunCount;
-        LoadDataFromFile(file);
-        if (Store().RunCount == before) {
-            allLoaded = false;
-            std::cerr << "tracelab-cli " << command << ": " << file << " was not loaded\n";
-        }
-    }
-    return allLoaded;
-}
-
-int UsageError(const char* command, const std::string& error) {
-    std::cerr << "tracelab-cli " << command << ": " << error << "\n\n";
-    PrintUsage(std::cerr, command);
-    return kExitUsage;
-}
-
-}  // namespace
-
 int RunExport(const std::vector<std::string>& args) {
-    ParsedArgs parsed =
-        ParseArguments(args, {{"stage", "step", "run", "o", "output"}, {"all-vars"}});
+    ParsedArgs parsed = ParseArguments(
+        args, {{"stage", "step", "run", "o", "output", "auto-sectors"}, {"all-vars", "laps"}});
     if (parsed.help) {
         PrintUsage(std::cout, "export");
         return kExitOk;
@@ -99,6 +75,9 @@ int RunExport(const std::vector<std::string>& args) {
     // As ReprocessAllRuns converts them: every run, in order, since later
     // runs take the first run's origin.
     for (int32_t n = 1; n <= Store().RunCount; ++n) ConvertRawToRunData(n, stage == "all");
+    if (stage == "all" && (parsed.flags.count("laps") || parsed.values.count("auto-sectors")) &&
+        !PrepareLapsAndSectors("export", parsed))
+        return kExitUsage;
 
     if (step < 1)
         std::cerr << "tracelab-cli export: a sample time of " << stepText

@@ -18,6 +18,7 @@ struct Command {
 int RunInfo(const std::vector<std::string>& args);
 int RunExport(const std::vector<std::string>& args);
 int RunExportRaw(const std::vector<std::string>& args);
+int RunLapTable(const std::vector<std::string>& args);
 
 // The table main dispatches on; a new subcommand adds one line here.
 inline const Command kCommands[] = {
@@ -27,14 +28,22 @@ inline const Command kCommands[] = {
      "Load run files as the program does (not processed) and print one line per run.", RunInfo},
     {"export",
      "export [--config-dir DIR] [--family F] [--vehicle V] [--all-vars] [--stage convert|all] "
-     "[--step S] [--run N] FILE.run... -o OUT.csv",
+     "[--step S] [--run N] [--laps] [--auto-sectors N] FILE.run... -o OUT.csv",
      "Load and convert the runs, then write the processed CSV export of run N (default 1) "
      "every S seconds (default 0.01); --stage convert skips the derived channels, --all-vars "
-     "selects every available variable first (stored in the configuration, as \"Set All\").",
+     "selects every available variable first (stored in the configuration, as \"Set All\"); "
+     "--laps places the lap marker as laps does, --auto-sectors N also the sectors, so that "
+     "the time slip columns are filled.",
      RunExport},
     {"export-raw",
      "export-raw [--config-dir DIR] [--family F] [--vehicle V] FILE.run... -o OUT.csv",
      "Load the runs (not processed) and write the raw CSV export of all of them.", RunExportRaw},
+    {"laps", "laps [--config-dir DIR] [--family F] [--vehicle V] [--auto-sectors N] FILE.run...",
+     "Load and process the runs, place the lap marker on run 1 if none exists (and with "
+     "--auto-sectors N, N sectors, 2 to 10), and print one line per lap, \"run <n> lap <k> "
+     "time=<s>\" with \" s<j>=<s>\" for each sector the lap holds, and per run \"run <n> "
+     "fastest lap <k> time=<s>\".",
+     RunLapTable},
 };
 
 // Writes the usage of one command, or of all when name is empty.

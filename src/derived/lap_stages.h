@@ -1,12 +1,11 @@
-// The stages of the derived pipeline that belong to the laps and wheel-speed
-// mapping work: the wheel-speed reference lap and its overlay (mapping modes 1
-// and 2), the beacon markers, and the automatic lap marker of the first run.
-// Until that work lands these are no-ops (lap_stages_seam.cpp): the pipeline
-// calls them in their places, and a run mapped in mode 1 or 2 keeps cleared
-// positions.
+// The stages of the derived pipeline that map a run without GPS position
+// (mapping modes 1 and 2): the wheel-speed reference lap, its overlay, and
+// the beacon markers. The automatic lap marker is in results/laps.h.
 #pragma once
 
 #include <cstdint>
+
+#include "results/laps.h"
 
 namespace tl {
 
@@ -16,9 +15,5 @@ void GenerateWSBReferenceLap(int32_t run);
 void OverlayWSBTrackMap(int32_t run);
 // Track markers at the beacons of the reference lap.
 void AddBeaconTrackMarkers();
-// The index of the marker that is the lap marker, -1 when there is none.
-int CheckForLapMarker();
-// Places a lap marker on the run's path, halfLength metres either side.
-void AutoPlaceLapMarker(int32_t run, float halfLength);
 
 }  // namespace tl

@@ -72,6 +72,21 @@ void WheelSpeedMapping(int32_t run, bool gpsSpeedForWheel) {
         saved.assign(wheel + rows.first, wheel + rows.last + 1);
         CopyVariableData(rows.first, rows.last, slot::SpeedKph, slot::WheelSpeedKph);
     }
+    // The mapper measures laps and beacons by slot 11, which the conversion
+    // leaves at 0 and CalcDistances fills only later: fill it here as the
+    // distance from wheel speed does (slot 10, over the measured time step;
+    // in mode 1 that is the GPS speed just copied in). CalcDistances writes
+    // the user's distance over it afterwards.
+    float* dist = Col(slot::DistanceKm);
+    const float* time = Col(slot::Time);
+    if (SlotEnabled(slot::DistanceKm) && dist && time && wheel) {
+        double metres = 0.0;
+        dist[rows.first] = 0.0f;
+        for (int32_t i = rows.first + 1; i <= rows.last; ++i) {
+            metres += (time[i] - time[i - 1]) * (wheel[i] * 1000.0f / 3600.0f);
+            dist[i] = static_cast<float>(metres / 1000.0);
+        }
+    }
     const bool reference = run == RefLap().RefRun;
     if (reference) {
         DispProg("Calculate reference lap");

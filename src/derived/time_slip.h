@@ -1,11 +1,11 @@
-// Time slip: the time gained or lost against the reference lap.
+// Time slip: the time gained or lost against the best passage of each sector.
 #pragma once
 
 namespace tl {
 
-// Recomputes the time-slip slots of every run. Called by
-// CheckInternalDataStillValid after any change of runs or options. The
-// computation arrives with the time-slip work; until then this does nothing.
+// Rebuilds slots 24 (rate of time slip) and 23 (time slip) of every run from
+// the sector rows and the markers' crossings. Called by
+// CheckInternalDataStillValid after any change of runs, markers or sectors.
 void RecalcTimeSlip();
 
 }  // namespace tl

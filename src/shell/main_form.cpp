@@ -20,8 +20,10 @@
 #include "core/build_profile.h"
 #include "core/config_store.h"
 #include "core/log.h"
+#include "core/platform.h"
 #include "core/ui_services.h"
 #include "files/raw_run_files.h"
+#include "platform/qt/window_placement.h"
 #include "shell/run_manager.h"
 #include "store/menu_profile.h"
 #include "store/run_procedures.h"
@@ -31,9 +33,72 @@ namespace tl::shell {
 
 namespace {
 
-// The frame's own place is kept beside the tool windows' places, under keys
-// of the same pattern.
+// Design note: two groups of keys in TracelabCfgPath are this program's own
+// additions to the documented set. MainFormLeft, MainFormTop, MainFormWidth
+// and MainFormHeight keep the frame's place between starts, beside the tool
+// windows' places and under keys of the same pattern; RecentRunFile1 to
+// RecentRunFile4 hold the recent-files list (store/menu_profile.h). They are
+// eight lines at most, each updated in place once written. The file is read
+// into a table of kConfigTableRows lines, and a longer file breaks every
+// later write of it, so the additions are first written only while the file
+// keeps kSpareConfigRows lines free after them: in normal use the documented
+// keys always have the room they need, and a file already near its limit
+// simply goes without a remembered frame place or recent list.
 constexpr const char* kMainPrefix = "MainForm";
+constexpr int kSpareConfigRows = 40;
+
+// Whether the keys may be written: those already present cost nothing, the
+// missing ones must leave kSpareConfigRows lines free.
+bool RoomForOwnKeys(const std::vector<std::string>& keys) {
+    const std::string& file = Paths().TracelabCfgPath;
+    if (!FileReadable(file)) return false;
+    const auto records = ReadConfigRecords(file);
+    int missing = 0;
+    for (const std::string& key : keys) {
+        const bool present = std::any_of(records.begin(), records.end(),
+                                         [&key](const auto& r) { return r.first == key; });
+        if (!present) ++missing;
+    }
+    return static_cast<int>(records.size()) + missing <= kConfigTableRows - kSpareConfigRows;
+}
+
+std::vector<std::string> KeysOfBox(const std::string& prefix) {
+    return {prefix + "Left", prefix + "Top", prefix + "Width", prefix + "Height"};
+}
+
+std::vector<std::string> RecentFileKeys() {
+    std::vector<std::string> keys;
+    for (int i = 1; i <= kRecentFileCount; ++i) keys.push_back("RecentRunFile" + std::to_string(i));
+    return keys;
+}
+
+// The form behind each tool window's keys.
+const char* ToolFormName(const ToolWindowKeys& keys) {
+    const std::string prefix = keys.prefix;
+    if (prefix == "MiniMap") return "frmMiniMap";
+    if (prefix == "ValueTable") return "frmValueTable";
+    return "FrmLapAndSectorTimes";
+}
+
+// Stands in for the file dialogs during one load, noting what the user
+// chose; everything else goes to the dialogs in force.
+class NotingFileDialogs final : public FileDialogs {
+  public:
+    explicit NotingFileDialogs(FileDialogs* inner) : inner_(inner) {}
+    std::vector<std::string> OpenFiles(const FileDialogRequest& request) override {
+        lastChosen = inner_->OpenFiles(request);
+        return lastChosen;
+    }
+    std::optional<std::string> SaveFile(const FileDialogRequest& request) override {
+        return inner_->SaveFile(request);
+    }
+    // The dialog comes back after every refusal, so the last answer is the
+    // one that loaded, if any did.
+    std::vector<std::string> lastChosen;
+
+  private:
+    FileDialogs* inner_;
+};
 
 }  // namespace
 
@@ -104,11 +169,40 @@ void MainForm::LoadRunFiles(const QStringList& paths) {
         const std::string file = path.toStdString();
         const int32_t before = Store().RunCount;
         LoadDataFromFile(file);
-        if (Store().RunCount != before) AddRecentRunFile(file);
+        if (Store().RunCount != before) RememberRunFile(file);
     }
     CheckInternalDataStillValid();
     RefreshRecentFiles();
     if (!runManager_.isNull()) runManager_->ResetControls();
+}
+
+void MainForm::LoadRunThroughDialog() {
+    const int32_t runsBefore = Store().RunCount;
+    const int32_t rawBefore = Store().RawData.UpperIndex();
+    const Platform saved = CurrentPlatform();
+    NotingFileDialogs noting(saved.files);
+    {
+        // The dialogs in force come back however the load ends.
+        struct Restore {
+            const Platform& platform;
+            ~Restore() { SetPlatform(platform); }
+        } restore{saved};
+        Platform during = saved;
+        during.files = &noting;
+        SetPlatform(during);
+        LoadDataFromFile("");
+    }
+    // A session may replace the runs by as many: the raw data tell the change.
+    if (Store().RunCount != runsBefore || Store().RawData.UpperIndex() != rawBefore) {
+        for (const std::string& path : noting.lastChosen) RememberRunFile(path);
+    }
+    CheckInternalDataStillValid();
+    RefreshRecentFiles();
+    if (!runManager_.isNull()) runManager_->ResetControls();
+}
+
+void MainForm::RememberRunFile(const std::string& path) {
+    if (RoomForOwnKeys(RecentFileKeys())) AddRecentRunFile(path);
 }
 
 void MainForm::OpenHelp(bool index) {
@@ -176,22 +270,21 @@ void MainForm::closeEvent(QCloseEvent* event) {
 
 void MainForm::StoreWindowState() {
     if (!FileReadable(Paths().TracelabCfgPath)) return;
-    // The mini map, the value table and the lap times are not built yet: each
+    // The mini map and the value table are not part of this program yet: each
     // counts as closed, so its Show key goes to 0 as the original stored it.
     for (const ToolWindowKeys& keys : kToolWindows) {
         QWidget* form = nullptr;
         for (QWidget* top : QApplication::topLevelWidgets()) {
-            if (top->objectName() == QLatin1String(keys.prefix)) form = top;
+            if (top->objectName() == QLatin1String(ToolFormName(keys))) form = top;
         }
         const bool open = form != nullptr && form->isVisible();
         WindowBox box;
         if (open) box = {form->x(), form->y(), form->width(), form->height()};
         StoreToolWindowState(keys, open, box);
     }
-    if (!isMaximized() && !isMinimized()) {
-        const ToolWindowKeys mainKeys{"", kMainPrefix};
+    if (!isMaximized() && !isMinimized() && RoomForOwnKeys(KeysOfBox(kMainPrefix))) {
         const std::string& file = Paths().TracelabCfgPath;
-        const std::string prefix = mainKeys.prefix;
+        const std::string prefix = kMainPrefix;
         SetConfig(file, prefix + "Left", static_cast<float>(x()));
         SetConfig(file, prefix + "Top", static_cast<float>(y()));
         SetConfig(file, prefix + "Width", static_cast<float>(width()));
@@ -205,11 +298,42 @@ void MainForm::RestoreWindowState() {
     if (!FileReadable(Paths().TracelabCfgPath)) return;
     const ToolWindowKeys mainKeys{"", kMainPrefix};
     if (const std::optional<WindowBox> box = StoredToolWindowBox(mainKeys)) {
-        if (box->width >= 320 && box->height >= 240) {
-            resize(box->width, box->height);
-            move(box->left, box->top);
+        if (box->width >= 320 && box->height >= 240)
+            qt::PlaceWindowAt(this, QRect(box->left, box->top, box->width, box->height));
+    }
+}
+
+void MainForm::ShowToolWindowsAtStart() {
+    if (!FileReadable(Paths().TracelabCfgPath)) return;
+    // Only the lap and sector times exist of the three; the mini map and the
+    // value table come with the views.
+    if (ToolWindowShownAtStart(kToolWindows[2])) ShowLapSectorTimes();
+}
+
+LapSectorTimesForm* MainForm::ShowLapSectorTimes() {
+    if (lapTimes_.isNull()) {
+        lapTimes_ = new LapSectorTimesForm(this);
+        lapTimes_->resize(560, 300);
+        if (const std::optional<WindowBox> box = StoredToolWindowBox(kToolWindows[2])) {
+            qt::PlaceWindowAt(lapTimes_, QRect(box->left, box->top, box->width, box->height));
+        } else {
+            qt::CentreWidgetOn(lapTimes_, this);
         }
     }
+    lapTimes_->Update_Table();
+    lapTimes_->show();
+    lapTimes_->raise();
+    Entry(QStringLiteral("MnuLapSectorTimes"))->setChecked(true);
+    return lapTimes_;
+}
+
+void MainForm::ToggleLapSectorTimes() {
+    if (!lapTimes_.isNull() && lapTimes_->isVisible()) {
+        lapTimes_->close();
+        Entry(QStringLiteral("MnuLapSectorTimes"))->setChecked(false);
+        return;
+    }
+    ShowLapSectorTimes();
 }
 
 void MainForm::dragEnterEvent(QDragEnterEvent* event) {

@@ -12,6 +12,7 @@
 #include <QMap>
 #include <QPointer>
 
+#include "shell/lap_forms.h"
 #include "shell/run_manager.h"
 
 class QMdiArea;
@@ -43,6 +44,19 @@ class MainForm : public QMainWindow {
     void RefreshRecentFiles();
     // Loads .run files as the load command does (drag and drop, recent list).
     void LoadRunFiles(const QStringList& paths);
+    // mnuFileLoadRun: LoadDataFromFile("") with its dialog; the file that
+    // loaded joins the recent-files list.
+    void LoadRunThroughDialog();
+
+    // MDIForm_Load's step 2, once the frame is shown: each tool window whose
+    // Show key is exactly 1 opens, in its stored place.
+    void ShowToolWindowsAtStart();
+    // MnuLapSectorTimes: opens FrmLapAndSectorTimes or closes it.
+    void ToggleLapSectorTimes();
+    // The lap and sector time table (created on first use) in its stored
+    // place, shown.
+    LapSectorTimesForm* ShowLapSectorTimes();
+    LapSectorTimesForm* LapSectorTimes() const { return lapTimes_.data(); }
 
     // The run manager (created on first use), shown.
     RunManagerForm* ShowRunManager();
@@ -70,6 +84,7 @@ class MainForm : public QMainWindow {
     bool AskToSave();
     void StoreWindowState();
     void RestoreWindowState();
+    void RememberRunFile(const std::string& path);
 
     QMdiArea* mdi_;
     QToolBar* toolbar_;
@@ -78,6 +93,7 @@ class MainForm : public QMainWindow {
     QMap<QString, QMenu*> menus_;
     QList<QAction*> windowListActions_;
     QPointer<RunManagerForm> runManager_;
+    QPointer<LapSectorTimesForm> lapTimes_;
     bool exiting_ = false;  // mnuFileExit asked already
     bool closed_ = false;
 };

@@ -17,9 +17,11 @@
 #include "core/ui_services.h"
 #include "files/car_files.h"
 #include "files/raw_run_files.h"
+#include "shell/lap_forms.h"
 #include "shell/main_form.h"
 #include "shell/option_dialogs.h"
 #include "shell/run_manager.h"
+#include "shell/user_channels_form.h"
 #include "shell/variables_form.h"
 #include "store/menu_profile.h"
 #include "store/run_procedures.h"
@@ -169,11 +171,7 @@ void MainForm::RouteCommands() {
                 std::forward<decltype(command)>(command));
     };
     on("mnuFileSaveRun", [] { SaveDataToFile(-1); });
-    on("mnuFileLoadRun", [this] {
-        LoadDataFromFile("");
-        CheckInternalDataStillValid();
-        if (!runManager_.isNull()) runManager_->ResetControls();
-    });
+    on("mnuFileLoadRun", [this] { LoadRunThroughDialog(); });
     on("SetDirs", [this] {
         DefaultDirectoriesForm form(this);
         form.exec();
@@ -191,10 +189,20 @@ void MainForm::RouteCommands() {
         form.exec();
         if (!runManager_.isNull()) runManager_->ResetControls();
     });
+    on("MnuUserChannels", [this] {
+        UserChannelsForm form(this);
+        form.exec();
+        if (!runManager_.isNull()) runManager_->ResetControls();
+    });
     on("mnuRefOptions", [this] {
         RefLapOptionsForm form(this);
         form.exec();
     });
+    on("mnuLapsAndSectors", [this] {
+        LapsSectorsForm form(this);
+        form.exec();
+    });
+    on("MnuLapSectorTimes", [this] { ToggleLapSectorTimes(); });
     on("mnuVarOptions", [this] {
         TracelabOptionsForm form(this);
         form.exec();
@@ -241,27 +249,11 @@ void MainForm::RouteCommands() {
     on("mnuHelpAbout", [this] { ShowAboutBanner(this); });
 
     // Not in this program yet: the windows of later parts.
-    for (const char* later : {"MnuExportRaw",
-                              "PrintSetup",
-                              "PrintGraph",
-                              "PrintAll",
-                              "mnuConnectLogger",
-                              "mnuLoggerDownload",
-                              "mnuLoggerEraseData",
-                              "mnuLoggerSetupLogger",
-                              "MnuUserChannels",
-                              "mnuLapsAndSectors",
-                              "mnuSv63Runs",
-                              "mnuTrackMap",
-                              "Table",
-                              "mnuGraphXYplot",
-                              "mnuGraphHistogram",
-                              "mnuPerfTable",
-                              "mnuAddUserGraph",
-                              "mnuRemoveUserGraph",
-                              "mnuShowMiniMap",
-                              "mnuShowValueTable",
-                              "MnuLapSectorTimes"}) {
+    for (const char* later :
+         {"MnuExportRaw", "PrintSetup", "PrintGraph", "PrintAll", "mnuConnectLogger",
+          "mnuLoggerDownload", "mnuLoggerEraseData", "mnuLoggerSetupLogger", "mnuSv63Runs",
+          "mnuTrackMap", "Table", "mnuGraphXYplot", "mnuGraphHistogram", "mnuPerfTable",
+          "mnuAddUserGraph", "mnuRemoveUserGraph", "mnuShowMiniMap", "mnuShowValueTable"}) {
         Entry(QString::fromUtf8(later))->setEnabled(false);
     }
     // The meter's own options form (frmLocalSV63CarOptions) is not built yet.

@@ -45,6 +45,7 @@ void QtStartupUi::ShowMainForm() {
     main_->raise();
     main_->activateWindow();
     QCoreApplication::processEvents();
+    main_->ShowToolWindowsAtStart();
 }
 
 bool QtStartupUi::ShowFirstRunForm() {

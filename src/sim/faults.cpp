@@ -41,15 +41,43 @@ bool ParseFaults(const std::string& text, Faults& faults, std::string& error) {
             faults.jumpTicks = static_cast<int>(v);
         } else if (key == "cut" && v > 0.0 && v <= 1.0) {
             faults.keep = v;
+        } else if (key == "missbeacon" && v >= 1.0 && v <= 1.0e6) {
+            faults.missBeacon = static_cast<int>(v);
+        } else if (key == "falsebeacon" && v <= 1.0e6) {
+            faults.falseBeacon = v;
         } else {
             error = "unknown fault or value out of range: \"" + item +
                     "\" (corrupt, dropgps, badnmea: 0..1; timejumps; jumpticks: 2..1000; cut: "
-                    "share kept, 0..1)";
+                    "share kept, 0..1; missbeacon: pulse number from 1; falsebeacon: time in s)";
             return false;
         }
         if (end == text.size()) break;
     }
     return true;
+}
+
+std::vector<uint8_t> LoggedBeacon(const Trajectory& traj, const Faults& faults) {
+    const size_t n = traj.rows.size();
+    std::vector<uint8_t> out(n, 0);
+    for (size_t r = 0; r < n; ++r) out[r] = traj.rows[r].beacon ? 1 : 0;
+    auto truth = [&](size_t r) { return traj.rows[r].beacon; };
+    if (faults.missBeacon > 0) {
+        int pulse = 0;
+        for (size_t r = 0; r < n; ++r) {
+            if (!truth(r) || (r > 0 && truth(r - 1))) continue;
+            if (++pulse != faults.missBeacon) continue;
+            for (size_t k = r; k < n && truth(k); ++k) out[k] = 0;
+            break;
+        }
+    }
+    if (faults.falseBeacon >= 0.0) {
+        const double at = std::round(faults.falseBeacon * 100.0);
+        if (at < static_cast<double>(n))
+            for (size_t k = static_cast<size_t>(at);
+                 k < n && k < static_cast<size_t>(at) + kFalseBeaconRows; ++k)
+                out[k] = 1;
+    }
+    return out;
 }
 
 size_t CorruptBytes(std::vector<uint8_t>& bytes, size_t from, double rate, uint64_t seed) {

@@ -183,6 +183,7 @@ RawRun EncodeHX40(const Trajectory& traj, const Circuit& circuit, const VehicleP
     PulseInput wheel(0.37), engine(0.61);
     int frame = 0;
     int rowsWritten = 0;
+    const std::vector<uint8_t> beacon = LoggedBeacon(traj, options.faults);
     for (int r = 0; r < R && frame < keepFrames; ++r) {
         if (sentenceAt[r] >= 0) {
             const std::string& s = sentences[sentenceAt[r]];
@@ -211,7 +212,8 @@ RawRun EncodeHX40(const Trajectory& traj, const Circuit& circuit, const VehicleP
         const double v1 = 0.5 + 4.0 * throttle, v2 = 0.5 + 10.0 * brake;
         run.Plane(1, frame) = static_cast<uint8_t>(std::lround(v1 / 5.0 * 255.0));
         run.Plane(2, frame) = static_cast<uint8_t>(std::lround(v2 / 12.0 * 255.0));
-        uint8_t v3 = static_cast<uint8_t>(((ec & 7) << 1) | ((wc & 7) << 4) | (t.beacon ? 128 : 0));
+        uint8_t v3 =
+            static_cast<uint8_t>(((ec & 7) << 1) | ((wc & 7) << 4) | (beacon[r] ? 128 : 0));
         if (r + 1 < R && sentenceAt[r + 1] >= 0) v3 |= 1;
         run.Plane(3, frame) = v3;
         run.Plane(4, frame) = ab.v4;

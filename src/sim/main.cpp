@@ -29,7 +29,9 @@ const char* kUsage =
     "  --gps-noise M      standard deviation of the GPS position error in metres (0.3)\n"
     "  --faults LIST      comma-separated: corrupt=RATE, dropgps=RATE, badnmea=RATE,\n"
     "                     timejumps=N, jumpticks=T (default 5; 10 or more cannot be\n"
-    "                     repaired by a reader), cut=SHARE (share of the run kept)\n";
+    "                     repaired by a reader), cut=SHARE (share of the run kept),\n"
+    "                     missbeacon=K (the K-th beacon pulse is not logged),\n"
+    "                     falsebeacon=T (a false beacon pulse at T seconds)\n";
 
 bool NumberArg(const char* text, double& value) {
     char* end = nullptr;

@@ -177,6 +177,7 @@ RawRun EncodeStream(Family family, const Trajectory& traj, const Circuit& circui
     ticks.reserve(R);
     size_t nextFix = 0, nextSend = 0;
     bool pulseOn = false;
+    const std::vector<uint8_t> beacon = LoggedBeacon(traj, options.faults);
     for (int r = 0; r < R; ++r) {
         const TruthRow& t = traj.rows[r];
         const AccelReading a = accel.Read(t);  // the sensor runs whether or not the tick is kept
@@ -203,7 +204,7 @@ RawRun EncodeStream(Family family, const Trajectory& traj, const Circuit& circui
         w.SignMagnitude(a.longG);
         w.End();
         w.Begin(12);
-        w.U8(t.beacon ? 1 : 0);
+        w.U8(beacon[r]);
         w.End();
         const bool fixHere = nextFix < run.fixes.size() && run.fixes[nextFix].row == r;
         if (fixHere || pulseOn) {

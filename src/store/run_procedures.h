@@ -29,6 +29,10 @@ void CopyVariableData(int32_t firstRow, int32_t lastRow, int fromSlot, int toSlo
 void CheckMemoryAvailable(double bytes);
 // Mean of RunData rows first to last in a column; bounds below 1 become 1.
 float AvVar(int32_t first, int32_t last, int32_t column);
+// The value at fraction (limited to 0 to 1) of the sorted rows first to last
+// of a column: element Int((last - first) * fraction). 0 unless both rows lie
+// in the same run and last is above first.
+float FindPercentileOfData(int32_t first, int32_t last, int32_t column, float fraction);
 
 // The trim of frmTrimRun as an engine function. The times are the texts of
 // the StartTime and EndTime boxes, read with GetVal.

@@ -10,6 +10,7 @@
 #include <algorithm>
 #include <cstring>
 #include <new>
+#include <vector>
 
 #include "convert/conversion_state.h"
 #include "convert/convert_driver.h"
@@ -19,6 +20,7 @@
 #include "core/errors.h"
 #include "core/log.h"
 #include "core/platform.h"
+#include "core/support.h"
 #include "core/ui_services.h"
 #include "derived/reference_lap.h"
 #include "derived/time_slip.h"
@@ -399,9 +401,11 @@ bool HasColumn(int32_t column) {
 }  // namespace
 
 void DeleteVariableData(int32_t firstRow, int32_t lastRow, int slotNumber) {
-    if (slotNumber < 1 || slotNumber >= kNoDataSlot) return;
+    if (slotNumber < 1 || slotNumber > kNoDataSlot) return;
     const RunVar& v = Catalogue().RunVars[slotNumber];
-    if (!v.Enabled || !HasColumn(v.Column) || !ClampRows(firstRow, lastRow)) return;
+    // Slot 201, the shared "*No Data*" column and scratch, is always written.
+    const bool written = v.Enabled || slotNumber == kNoDataSlot;
+    if (!written || !HasColumn(v.Column) || !ClampRows(firstRow, lastRow)) return;
     auto col = Store().RunData.Column(v.Column);
     std::fill(col.begin() + firstRow, col.begin() + lastRow + 1, 0.0f);
 }
@@ -457,6 +461,18 @@ float AvVar(int32_t first, int32_t last, int32_t column) {
     double sum = 0;
     for (int32_t r = first; r <= last; ++r) sum += col[r];
     return static_cast<float>(sum / (last - first + 1));
+}
+
+float FindPercentileOfData(int32_t first, int32_t last, int32_t column, float fraction) {
+    const int32_t run = FindRunOfRow(first);
+    if (run <= 0 || FindRunOfRow(last) != run || last <= first || !HasColumn(column)) return 0.0f;
+    if (last > Store().RunData.UpperRow() || first < 0) return 0.0f;
+    fraction = FindClip(0.0f, fraction, 1.0f);
+    const auto col = Store().RunData.Column(column);
+    std::vector<float> sorted(col.begin() + first, col.begin() + last + 1);
+    QSort(sorted, 0, static_cast<int32_t>(sorted.size()) - 1);
+    const auto k = static_cast<size_t>(static_cast<double>(last - first) * fraction);
+    return sorted[std::min(k, sorted.size() - 1)];
 }
 
 }  // namespace tl

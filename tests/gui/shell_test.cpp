@@ -19,6 +19,7 @@
 #include <QToolBar>
 
 #include <deque>
+#include <fstream>
 
 #include "core/build_profile.h"
 #include "core/config_store.h"
@@ -27,129 +28,13 @@
 #include "shell/main_form.h"
 #include "shell/qt_startup_ui.h"
 #include "shell/run_manager.h"
+#include "shell_fixture.h"
 #include "store/catalogue.h"
 #include "store/run_store.h"
 #include "support/engine_fixture.h"
 
 namespace tl::test {
 namespace {
-
-const std::string kSamples = TRACELAB_SAMPLES_DIR;
-
-// Answers the forms the commands bring up: the file dialog with the next
-// queued file, the questions with the next queued button, and any form with
-// a queued action of its own name.
-struct User {
-    std::deque<QString> files;
-    std::deque<QMessageBox::StandardButton> answers;  // default: Yes
-    std::map<QString, std::function<void(QWidget*)>> forms;
-    QStringList questions;
-    QStringList messages;
-    ModalWatcher watcher{[this](QWidget* form) { return Answer(form); }};
-
-    bool Answer(QWidget* form) {
-        if (auto* dialog = qobject_cast<QFileDialog*>(form)) {
-            if (files.empty()) {
-                dialog->reject();
-            } else {
-                // Typed as a user would: the folder, then the name.
-                const QFileInfo file(files.front());
-                files.pop_front();
-                dialog->setDirectory(file.absolutePath());
-                auto* name = dialog->findChild<QLineEdit*>(QStringLiteral("fileNameEdit"));
-                if (name == nullptr) {
-                    dialog->reject();
-                    return false;
-                }
-                name->setText(QLatin1Char('"') + file.fileName() + QLatin1Char('"'));
-                return true;
-            }
-            return false;
-        }
-        if (auto* box = qobject_cast<QMessageBox*>(form)) {
-            questions << box->text();
-            QMessageBox::StandardButton answer = QMessageBox::Yes;
-            if (!answers.empty()) {
-                answer = answers.front();
-                answers.pop_front();
-            }
-            QAbstractButton* button = box->button(answer);
-            if (button == nullptr) button = box->button(QMessageBox::Ok);
-            if (button == nullptr) return true;
-            button->click();
-            return false;
-        }
-        if (form->objectName() == QLatin1String("frmVQMsgBox")) {
-            messages << watcher.seen.back().text;
-            return true;
-        }
-        auto it = forms.find(form->objectName());
-        if (it == forms.end()) return true;
-        const auto action = it->second;
-        forms.erase(it);
-        // Run from the form's own loop, not inside this poll, so that the
-        // messages the action brings up are answered in their turn.
-        QTimer::singleShot(0, form, [action, form] { action(form); });
-        return false;
-    }
-};
-
-template <class T>
-T* Child(QWidget* form, const char* name, int index = 0) {
-    const QList<T*> all = form->findChildren<T*>(QString::fromUtf8(name));
-    return index < all.size() ? all[index] : nullptr;
-}
-
-void Click(QWidget* form, const char* name, int index = 0) {
-    auto* button = Child<QAbstractButton>(form, name, index);
-    ASSERT_NE(button, nullptr) << name;
-    button->click();
-}
-
-class ShellTest : public GuiTest {
-  protected:
-    void Start(const std::string& tokens) {
-        StartupOptions options;
-        options.appDir = TRACELAB_BIN_DIR;
-        options.configDir = root.path().string();
-        options.commandLine = tokens;
-        ASSERT_EQ(PrepareInstallation(options), "");
-        ui = std::make_unique<shell::QtStartupUi>(platform);
-        {
-            ModalWatcher firstRun;  // the welcome form of a fresh root
-            ASSERT_TRUE(Main(options, *ui));
-        }
-        main = ui->MainWindow();
-        ASSERT_NE(main, nullptr);
-    }
-    void TearDown() override {
-        ClearCurrentRunQuietly();
-        ui.reset();
-        GuiTest::TearDown();
-    }
-    static void ClearCurrentRunQuietly();
-    QAction* Entry(const char* name) { return main->Entry(QString::fromUtf8(name)); }
-    // Loads the demo run through mnuFileLoadRun, processing it or not.
-    void LoadDemo(bool process) {
-        user.files.push_back(QString::fromStdString(kSamples + "/demo_hx40_road.run"));
-        user.answers.push_back(process ? QMessageBox::Yes : QMessageBox::No);
-        Entry("mnuFileLoadRun")->trigger();
-        ASSERT_EQ(Store().RunCount, 1);
-    }
-    shell::RunManagerForm* Manager() {
-        Entry("RunManager")->trigger();
-        return main->RunManager();
-    }
-    TempDir root;
-    std::unique_ptr<shell::QtStartupUi> ui;
-    shell::MainForm* main = nullptr;
-    User user;
-};
-
-void ShellTest::ClearCurrentRunQuietly() {
-    Store().RawData.Reset(Profile().PlaneFamily());
-    Store().RunCount = 0;
-}
 
 TEST_F(ShellTest, MenuTreeToolbarAndTitleOfAnHx40Car) {
     Start("<hx40> <car>");
@@ -428,6 +313,39 @@ TEST_F(ShellTest, DefaultPathsAndRecentFiles) {
     ASSERT_NE(recent, nullptr);
     ASSERT_EQ(recent->actions().size(), 1);
     EXPECT_TRUE(recent->actions()[0]->text().endsWith(QStringLiteral("demo_hx40_road.run")));
+}
+
+TEST_F(ShellTest, DialogLoadsJoinTheRecentListAndOwnKeysLeaveTheFileRoom) {
+    Start("<hx40> <car>");
+    LoadDemo(false);  // through mnuFileLoadRun's dialog
+    QMenu* recent = main->findChild<QMenu*>(QStringLiteral("mnuRecentFiles"));
+    ASSERT_NE(recent, nullptr);
+    ASSERT_EQ(recent->actions().size(), 1);
+    EXPECT_EQ(
+        recent->actions()[0]->toolTip(),
+        QFileInfo(QString::fromStdString(kSamples + "/demo_hx40_road.run")).absoluteFilePath());
+    // A cancelled dialog adds nothing.
+    Entry("mnuFileLoadRun")->trigger();
+    EXPECT_EQ(recent->actions().size(), 1);
+
+    // A file near its line limit: the frame's place is not added to it.
+    const std::string& file = Paths().TracelabCfgPath;
+    {
+        std::ofstream out(file, std::ios::binary | std::ios::app);
+        for (int i = static_cast<int>(ReadConfigRecords(file).size()); i < 470; ++i)
+            out << "\"Filler" << i << "\",\"0\"\r\n";
+    }
+    ASSERT_EQ(ReadConfigRecords(file).size(), 470u);
+    user.answers.push_back(QMessageBox::No);
+    main->ExitProgram();
+    GuiTest::Settle();
+    const auto records = ReadConfigRecords(file);
+    EXPECT_LE(records.size(), 501u);
+    for (const auto& [key, value] : records) EXPECT_NE(key, "MainFormWidth");
+    EXPECT_EQ(GetConfigString(file, "RecentRunFile1"),
+              QFileInfo(QString::fromStdString(kSamples + "/demo_hx40_road.run"))
+                  .absoluteFilePath()
+                  .toStdString());
 }
 
 }  // namespace

@@ -126,6 +126,28 @@ TEST(SimFaults, ParseFaultsAcceptsTheListAndRefusesNonsense) {
     }
 }
 
+// The receiver loses the K-th pulse whole and sees a false one of three
+// rows; with neither fault the output is the truth.
+TEST(SimFaults, BeaconFaultsChangeOnlyTheirPulses) {
+    Trajectory traj;
+    traj.rows.resize(60);
+    for (int r : {10, 11, 12, 30, 31, 32, 50, 51, 52}) traj.rows[r].beacon = true;
+    Faults f;
+    std::string error;
+    ASSERT_TRUE(ParseFaults("missbeacon=2,falsebeacon=0.2", f, error));
+    EXPECT_EQ(f.missBeacon, 2);
+    EXPECT_DOUBLE_EQ(f.falseBeacon, 0.2);
+    const std::vector<uint8_t> faulty = LoggedBeacon(traj, f);
+    const std::vector<uint8_t> clean = LoggedBeacon(traj, Faults{});
+    for (int r = 0; r < 60; ++r) {
+        EXPECT_EQ(clean[r], traj.rows[r].beacon ? 1 : 0) << r;
+        const bool on = (r >= 10 && r <= 12) || (r >= 20 && r <= 22) || (r >= 50 && r <= 52);
+        EXPECT_EQ(faulty[r], on ? 1 : 0) << r;
+    }
+    EXPECT_FALSE(ParseFaults("missbeacon=0", f, error));
+    EXPECT_FALSE(ParseFaults("falsebeacon=-1", f, error));
+}
+
 TEST(SimFiles, WriterLaysOutHeadPlanesAndSideFiles) {
     const std::filesystem::path dir =
         std::filesystem::temp_directory_path() / "tracelab_sim_files_test";

@@ -250,8 +250,11 @@ TEST_F(AllocateTest, WipeSetsGpsSpeedToMinusOneAndVariableHelpersRespectFlags) {
     DeleteVariableData(1, 5, slot::AccelLong);
     EXPECT_EQ(s.RunData(5, ColumnOf(slot::AccelLong)), 0.0f);
     EXPECT_EQ(s.RunData(6, ColumnOf(slot::AccelLong)), 6.0f);
-    DeleteVariableData(1, 5, kNoDataSlot);  // never the shared column
+    DeleteVariableData(1, 5, 15);  // slot 15 not enabled: nothing is written
     EXPECT_EQ(s.RunData(5, ColumnOf(slot::Scratch)), -1.0f);
+    DeleteVariableData(1, 5, kNoDataSlot);  // the scratch slot is always written
+    EXPECT_EQ(s.RunData(5, ColumnOf(slot::Scratch)), 0.0f);
+    EXPECT_EQ(s.RunData(6, ColumnOf(slot::Scratch)), -1.0f);
 
     EXPECT_EQ(FindRunIndex("r"), 1);
     EXPECT_EQ(FindRunIndex("nope"), 1);

@@ -1,0 +1,111 @@
+#include "shell/laps_model.h"
+
+#include <algorithm>
+
+#include "core/build_profile.h"
+#include "core/config_store.h"
+#include "results/laps.h"
+#include "results/track_markers.h"
+#include "store/catalogue.h"
+
+namespace tl {
+
+std::vector<SectorLine> SectorLines() {
+    std::vector<SectorLine> lines;
+    const auto& rows = Measurements().Rows;
+    for (int m = kFirstSectorRow; m <= kLastSectorRow; ++m)
+        lines.push_back({m, rows[m].Mode, rows[m].StartMarker, rows[m].EndMarker});
+    return lines;
+}
+
+MarkerChoices LapMarkerChoices() {
+    MarkerChoices choices;
+    const int lap = CheckForLapMarker();
+    const auto& entries = Markers().Entries;
+    for (int i = 1; i <= kLastMarkerEntry; ++i) {
+        if (entries[i].Name.empty()) continue;
+        if (i == lap) choices.lapMarker = static_cast<int>(choices.markers.size());
+        choices.markers.push_back({i, WithoutHash(entries[i].Name)});
+    }
+    return choices;
+}
+
+std::vector<std::string> MarkerNames() {
+    std::vector<std::string> names;
+    const auto& entries = Markers().Entries;
+    for (int i = 1; i <= kLastMarkerEntry; ++i)
+        if (!entries[i].Name.empty()) names.push_back(entries[i].Name);
+    return names;
+}
+
+bool WriteSectorRow(int line, const std::string& name, const std::string& startMarker,
+                    const std::string& endMarker) {
+    const int m = kFirstSectorRow + line;
+    if (line < 0 || m > kLastSectorRow || name.empty() || startMarker.empty() || endMarker.empty())
+        return false;
+    MeasurementRow& row = Measurements().Rows[m];
+    row.Mode = name;
+    row.VarName = Catalogue().RunVars[slot::Time].Name;
+    row.StartMarker = startMarker;
+    row.EndMarker = endMarker;
+    return true;
+}
+
+LapSectorOptions LoadLapSectorOptions() {
+    const std::string& file = Paths().TracelabCfgPath;
+    LapSectorOptions o;
+    o.markerLength =
+        std::to_string(LimitMarkerLength(ConfigNumberText(GetConfig(file, "MarkerLengthTxt"))));
+    o.sectorCount = std::to_string(
+        LimitAutoSectorCount(ConfigNumberText(GetConfig(file, "NumOfAutoSectorsTxt"))));
+    o.autoPlaceLaps = GetConfig(file, "AutoPlaceLaps") == 1.0f;
+    o.autoPlaceSectors = GetConfig(file, "AutoPlaceSectors") == 1.0f;
+    return o;
+}
+
+void SaveLapSectorOptions(const LapSectorOptions& o) {
+    const std::string& file = Paths().TracelabCfgPath;
+    SetConfig(file, "AutoPlaceLaps", o.autoPlaceLaps ? 1.0f : 0.0f);
+    SetConfig(file, "AutoPlaceSectors", o.autoPlaceSectors ? 1.0f : 0.0f);
+    SetConfig(file, "NumOfAutoSectorsTxt", static_cast<float>(LimitAutoSectorCount(o.sectorCount)));
+    SetConfig(file, "MarkerLengthTxt", static_cast<float>(LimitMarkerLength(o.markerLength)));
+}
+
+void LapSectorTimesTable::Update() {
+    RegenerateTable(false, false, grid_, kFirstSectorRow, kLastSectorRow, true);
+    std::erase_if(selected_, [this](const Cell& c) { return !Selectable(c.row, c.col); });
+    Paint();
+}
+
+bool LapSectorTimesTable::Selectable(int row, int col) const {
+    if (row < 1 || col < 0 || row >= grid_.rows || col >= grid_.cols) return false;
+    const std::string& text = grid_.Text(row, col);
+    if (text.empty()) return false;
+    // Column 0 holds the runs' headings and the laps: a lap may be taken, a
+    // run's heading may not.
+    return col > 0 || text.rfind("Lap ", 0) == 0;
+}
+
+bool LapSectorTimesTable::IsSelected(int row, int col) const {
+    return std::find(selected_.begin(), selected_.end(), Cell{row, col}) != selected_.end();
+}
+
+bool LapSectorTimesTable::Click(int row, int col) {
+    const auto at = std::find(selected_.begin(), selected_.end(), Cell{row, col});
+    if (at != selected_.end()) {
+        selected_.erase(at);
+    } else if (Selectable(row, col) && static_cast<int>(selected_.size()) < kMaxSelected) {
+        selected_.push_back({row, col});
+    } else {
+        return false;
+    }
+    Paint();
+    return true;
+}
+
+void LapSectorTimesTable::Paint() {
+    std::fill(grid_.back.begin(), grid_.back.end(), kPlainCellColour);
+    for (const Cell& c : selected_) grid_.Back(c.row, c.col) = kSelectedCellColour;
+}
+
+}  // namespace tl
