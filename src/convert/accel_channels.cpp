@@ -74,38 +74,74 @@ double Degrees(double radians) {
 
 }  // namespace
 
-void CorrectAccels(int32_t row, double latOffset, double longOffset, int reverse, float rollFactor,
-                   float tiltFactor) {
-    float* lat = SlotColumn(slot::AccelLat);
-    float* lon = SlotColumn(slot::AccelLong);
-    if (!lat || !lon || row < 0 || row > Store().RunData.UpperRow()) return;
+namespace {
+
+// What CorrectAccels needs besides the row, worked out once for a run's
+// worth of rows: the columns, the geometry of the vehicle and the sines and
+// cosines of the two offsets.
+struct AccelCorrection {
+    float* lat = nullptr;
+    float* lon = nullptr;
+    bool sv63 = false;
+    double rollScale = 0.95, longScale = 0.975, cross = -0.1;
+    double cLat = 1, sLat = 0, cLong = 1, sLong = 0;
+    int reverse = 0;
+    float rollFactor = 0, tiltFactor = 0;
+};
+
+AccelCorrection MakeAccelCorrection(double latOffset, double longOffset, int reverse,
+                                    float rollFactor, float tiltFactor) {
+    AccelCorrection k;
+    k.lat = SlotColumn(slot::AccelLat);
+    k.lon = SlotColumn(slot::AccelLong);
     const BuildProfile& p = Profile();
-    const bool sv63 = p.HardwareSV63;
+    k.sv63 = p.HardwareSV63;
     // Vehicle geometry: 1 - 0.5 * 0.1, 1 - 0.5 * 0.05, -0.2 + 0.5 * 0.2 and
     // their mirror images; a kart reads the sensor as it stands.
-    double rollScale = 0.95, longScale = 0.975, cross = -0.1;
-    if (reverse != 0) rollScale = 1.05, longScale = 1.025, cross = -0.3;
-    if (p.VehicleKart) rollScale = 1, longScale = 1, cross = 0;
+    if (reverse != 0) k.rollScale = 1.05, k.longScale = 1.025, k.cross = -0.3;
+    if (p.VehicleKart) k.rollScale = 1, k.longScale = 1, k.cross = 0;
+    k.cLat = std::cos(latOffset);
+    k.sLat = std::sin(latOffset);
+    k.cLong = std::cos(longOffset);
+    k.sLong = std::sin(longOffset);
+    k.reverse = reverse;
+    k.rollFactor = rollFactor;
+    k.tiltFactor = tiltFactor;
+    return k;
+}
 
+// The row's correction; the caller has checked the columns and the row.
+inline void CorrectRow(const AccelCorrection& k, int32_t row) {
+    float* lat = k.lat;
+    float* lon = k.lon;
     double a = double(lat[row]) * kGravity;
-    const double cLat = std::cos(latOffset);
-    a = (cLat != 0) ? a / cLat - kGravity * std::sin(latOffset) : 0;
-    if (a != 0) a = sv63 ? (1.0 - rollFactor) * a : rollScale * a;
+    a = (k.cLat != 0) ? a / k.cLat - kGravity * k.sLat : 0;
+    if (a != 0) a = k.sv63 ? (1.0 - k.rollFactor) * a : k.rollScale * a;
     const auto newLat = static_cast<float>(a / kGravity);
     lat[row] = newLat;
 
     a = double(lon[row]) * kGravity;
-    const double cLong = std::cos(longOffset);
-    a = (cLong != 0) ? a / cLong - kGravity * std::sin(longOffset) : 0;
+    a = (k.cLong != 0) ? a / k.cLong - kGravity * k.sLong : 0;
     // The longitudinal reading loses a share of itself under lateral load:
     // roll or lean falsifies what the sensor sees.
-    if (a != 0) a = sv63 ? (1.0 - tiltFactor) * a : longScale * a + std::fabs(newLat) * cross * a;
+    if (a != 0)
+        a = k.sv63 ? (1.0 - k.tiltFactor) * a : k.longScale * a + std::fabs(newLat) * k.cross * a;
     lon[row] = static_cast<float>(a / kGravity);
 
-    if (reverse == 1) {
+    if (k.reverse == 1) {
         lat[row] = -lat[row];
         lon[row] = -lon[row];
     }
+}
+
+}  // namespace
+
+void CorrectAccels(int32_t row, double latOffset, double longOffset, int reverse, float rollFactor,
+                   float tiltFactor) {
+    const AccelCorrection k =
+        MakeAccelCorrection(latOffset, longOffset, reverse, rollFactor, tiltFactor);
+    if (!k.lat || !k.lon || row < 0 || row > Store().RunData.UpperRow()) return;
+    CorrectRow(k, row);
 }
 
 void AutoZeroAccelerometers(int32_t run) {
@@ -198,8 +234,11 @@ void ProcessAccels(int32_t run) {
                 r.Details += " Accelerometers were auto-zeroed at the beginning of the run.";
                 AutoZeroAccelerometers(run);
             }
-            for (int32_t i = first; i <= last; ++i)
-                CorrectAccels(i, latOffset, longOffset, reverse, rollFactor, tiltFactor);
+            // CorrectAccels row after row, its set-up taken once.
+            const AccelCorrection k =
+                MakeAccelCorrection(latOffset, longOffset, reverse, rollFactor, tiltFactor);
+            if (k.lat && k.lon)
+                for (int32_t i = first; i <= last; ++i) CorrectRow(k, i);
         }
         float* lat = SlotColumn(slot::AccelLat);
         float* lon = SlotColumn(slot::AccelLong);

@@ -5,6 +5,7 @@
 #include <ctime>
 #include <optional>
 
+#include "convert/slot_columns.h"
 #include "core/log.h"
 
 namespace tl {
@@ -102,7 +103,7 @@ void ExtractSatCount(const std::string& textIn, int& count, bool& flag) {
     } else {
         flag = false;
     }
-    LogDebug("sat string=" + text);
+    if (LogOn()) LogDebug("sat string=" + text);
     count = -1;
     if (text.size() != 1) return;
     const char c = text[0];

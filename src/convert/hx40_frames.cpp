@@ -189,9 +189,10 @@ void Hx40Conversion::ProcessGps() {
     const int32_t p = framePosition_;
     // The sentence reads from the last of the seven frames to the first, and
     // within a frame from vector 1 to vector 8.
-    sentence_.clear();
-    for (int32_t f = p + 6; f >= p; --f)
-        for (int v = 1; v <= 8; ++v) sentence_.push_back(static_cast<char>(v_[v][f]));
+    char text[56];
+    for (int32_t f = p + 6, k = 0; f >= p; --f)
+        for (int v = 1; v <= 8; ++v) text[k++] = static_cast<char>(v_[v][f]);
+    sentence_.assign(text, sizeof text);
     const bool log = LogOn();
     if (log) LogDebug("S=" + std::to_string(sampleIndex_) + "   " + sentence_);
 
@@ -419,12 +420,14 @@ void Hx40Conversion::Run() {
         } else {
             // A stretch of normal frames inside the margin, up to the next
             // block, progress text or the end of the rows, in one tight loop.
+            // The progress frames and the ends are bounds taken once, so the
+            // scan for the next block reads only vector 3.
             const int32_t i = p - r_.RawStart;
+            int32_t limit = std::min({rawEnd - 9 - p, rowLimit_ - sampleIndex_, nextTenth_ - i});
+            if (onePercent_ - i >= 1) limit = std::min(limit, onePercent_ - i);
+            if (fivePercent_ - i >= 1) limit = std::min(limit, fivePercent_ - i);
             int32_t count = 1;
-            const int32_t limit = std::min(rawEnd - 9 - p, rowLimit_ - sampleIndex_);
-            while (count < limit && !blockStarts(p + count) && i + count < nextTenth_ &&
-                   i + count != onePercent_ && i + count != fivePercent_)
-                ++count;
+            while (count < limit && !blockStarts(p + count)) ++count;
             if (sampleIndex_ >= 0 && count > 1) {
                 NormFrames(ctx, p, sampleIndex_, count - 1, timers_);
                 framePosition_ += count - 1;

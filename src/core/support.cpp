@@ -2,6 +2,7 @@
 
 #include <cmath>
 #include <cstdio>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -97,33 +98,41 @@ double GetVal(const std::string& text) {
 }
 
 double GetVal_NI(const std::string& input) {
-    size_t b = input.find_first_not_of(" \t");
-    if (b == std::string::npos) return 0.0;
-    size_t e = input.find_last_not_of(" \t");
-    std::string text = input.substr(b, e - b + 1).substr(0, 20);
-    const bool negative = text.find('-') != std::string::npos;
-    std::string kept;
-    for (char c : text)
-        if ((c >= '0' && c <= '9') || c == '.') kept.push_back(c);
-    // Split at "." (a second point starts a third part, which is ignored).
-    std::string whole = kept, fraction;
-    if (size_t dot = kept.find('.'); dot != std::string::npos) {
-        whole = kept.substr(0, dot);
-        size_t next = kept.find('.', dot + 1);
-        fraction =
-            kept.substr(dot + 1, next == std::string::npos ? std::string::npos : next - dot - 1);
-    }
-    double f = 0.0;
-    if (!fraction.empty()) {
-        for (char c : fraction) f = f * 10.0 + (c - '0');
-        while (f >= 1.0) f /= 10.0;
-        while (!fraction.empty() && fraction[0] == '0') {
-            f /= 10.0;
-            fraction.erase(0, 1);
+    // Read in place, with no copy of the text: the GPS sentences of a
+    // conversion come through here several times a second of the run.
+    const std::string_view all(input);
+    const size_t b = all.find_first_not_of(" \t");
+    if (b == std::string_view::npos) return 0.0;
+    const size_t e = all.find_last_not_of(" \t");
+    const std::string_view text = all.substr(b, e - b + 1).substr(0, 20);
+    const bool negative = text.find('-') != std::string_view::npos;
+    // Only digits and "." count. The digits before the first point are the
+    // whole part, those up to a second point the fraction (a third part is
+    // ignored). The fraction is read as a whole number and brought below 1,
+    // then divided by ten once for each of its leading zeros.
+    double w = 0.0, f = 0.0;
+    int part = 0, leadingZeros = 0;
+    bool anyFraction = false, leading = true;
+    for (const char c : text) {
+        if (c == '.') {
+            ++part;
+        } else if (c >= '0' && c <= '9') {
+            if (part == 0) {
+                w = w * 10.0 + (c - '0');
+            } else if (part == 1) {
+                f = f * 10.0 + (c - '0');
+                anyFraction = true;
+                if (leading && c == '0')
+                    ++leadingZeros;
+                else
+                    leading = false;
+            }
         }
     }
-    double w = 0.0;
-    for (char c : whole) w = w * 10.0 + (c - '0');
+    if (anyFraction) {
+        while (f >= 1.0) f /= 10.0;
+        for (int k = 0; k < leadingZeros; ++k) f /= 10.0;
+    }
     const double result = w + f;
     return negative ? -result : result;
 }
@@ -164,8 +173,9 @@ void LinearFilterVar(std::span<float> v, float seconds) {
     const long t = w - h;
     double sum = 0.0;
     for (long i = 0; i < w; ++i) sum += v[i];
+    // Only the rows written below are read back: no need to clear the rest.
     thread_local std::vector<float> result;
-    result.assign(v.size(), 0.0f);
+    if (result.size() < v.size()) result.resize(v.size());
     for (long i = h; i <= upper - t - 1; ++i) {
         sum = sum - v[i - h] + v[i + t];
         result[i] = static_cast<float>(sum / static_cast<double>(w));

@@ -36,15 +36,27 @@ void CalcSpeedGPS(int32_t run) {
         float* mph = derived::Col(slot::SpeedMph);
         if (!acc || !kph || !mph) return;
 
-        thread_local std::vector<float> spdBuf;
-        spdBuf.assign(static_cast<size_t>(end) + 1, 0.0f);
+        // The working rows are indexed as the table's; only the run's rows
+        // are read or written, so only those are set.
+        thread_local std::vector<float> spdBuf, stepBuf;
+        if (spdBuf.size() < static_cast<size_t>(end) + 1) {
+            spdBuf.resize(static_cast<size_t>(end) + 1);
+            stepBuf.resize(static_cast<size_t>(end) + 1);
+        }
         float* spd = spdBuf.data();
-        if (SlotEnabled(slot::SpeedKph))
+        // Each row's change of speed is read by several sections' look-ahead
+        // sums: it is worked out once per row (the loop runs several rows at
+        // a time).
+        float* const dv = stepBuf.data();
+        for (int32_t i = start; i <= end; ++i) dv[i] = Step(acc[i]);
+        if (SlotEnabled(slot::SpeedKph)) {
             std::copy(kph + start, kph + end + 1, spd + start);
-        else if (SlotEnabled(slot::SpeedMph))
+        } else if (SlotEnabled(slot::SpeedMph)) {
             std::copy(mph + start, mph + end + 1, spd + start);  // mph taken as it is
-        else
+        } else {
+            std::fill(spd + start, spd + end + 1, 0.0f);
             LogDebug("can't calculate GPS speed as there is no speed vector enabled");
+        }
 
         int32_t p = start;
         while (p < end) {
@@ -68,26 +80,26 @@ void CalcSpeedGPS(int32_t run) {
             if (q == end) {
                 LogDebug("Do the last section of data using accelerations only");
                 if (spd[p] == -1.0f) spd[p] = 0.0f;
-                for (int32_t i = p; i <= end - 1; ++i) spd[i + 1] = spd[i] + Step(acc[i]);
+                for (int32_t i = p; i <= end - 1; ++i) spd[i + 1] = spd[i] + dv[i];
                 p = end;
             } else if (p == start) {
                 LogDebug("first sample period so work backwards using accelerations only");
-                for (int32_t i = q; i >= p + 1; --i) spd[i - 1] = spd[i] - Step(acc[i]);
+                for (int32_t i = q; i >= p + 1; --i) spd[i - 1] = spd[i] - dv[i];
                 p = q;
             } else if (f >= q) {
                 float t = spd[p];
-                for (int32_t i = p; i <= f; ++i) t += Step(acc[i]);
+                for (int32_t i = p; i <= f; ++i) t += dv[i];
                 float c = f > p ? (t - spd[f]) / static_cast<float>(f - p) : 0.0f;
                 if (log) LogDebug("Correction Accel=" + std::to_string(c));
                 c = FindMax(FindMin(c, 10.0f), -10.0f);
                 bool negative = false;
                 for (int32_t i = p; i <= q - 1; ++i) {
-                    spd[i + 1] = spd[i] + Step(acc[i]) - c;
+                    spd[i + 1] = spd[i] + dv[i] - c;
                     if (spd[i + 1] < 0.0f) negative = true;
                 }
                 if (negative) {
                     for (int32_t i = p; i <= q - 1; ++i) {
-                        spd[i + 1] = spd[i] + Step(acc[i]);
+                        spd[i + 1] = spd[i] + dv[i];
                         if (spd[i + 1] < 0.0f) spd[i + 1] = 0.0f;
                     }
                 }

@@ -59,41 +59,160 @@ class GpsMapper {
 
   private:
     bool Fix(int32_t i) const { return x_[i] != 0.0f || y_[i] != 0.0f; }
-    // The path from row s to row e with offset o and multiplier m, from
-    // Heading; its chord from row s's position. This is CalcCourse row after
+    // Runs two paths from row s to row e, each from Heading with its own
+    // offset o and multiplier m, and gives their chords from row s's
+    // position; the first one sets WorkHeading. This is CalcCourse row after
     // row, with the speed terms of each row worked out once per run and the
     // sine and cosine of the heading carried by rotation through the small
     // turn of each row (a fresh sine and cosine after a large one): the fit
     // runs tens of millions of rows per run, and the carried values agree
     // with a fresh sine and cosine to a few parts in a million over a window.
     // Heading itself is summed row by row exactly as CalcCourse sums it.
-    Chord RunPath(int32_t s, int32_t e, float o, float m) {
-        float h = heading_;
-        float sh = std::sin(h), ch = std::cos(h);
-        float x = x_[s], y = y_[s];
-        for (int32_t i = s; i <= e; ++i) {
-            if (!(spd_[i] > 0.0f)) continue;
-            const float v = v_[i];
-            float a = (lat_[i] + o) * 9.80665f;
-            if (a > limit_[i]) a = limit_[i];
-            const float d = a / v / 100.0f;
-            h = h + d;
-            if (std::fabs(d) < 0.05f) {
-                float sd, cd;
-                SmallTurn(d, sd, cd);
-                const float ns = sh * cd + ch * sd;
-                ch = ch * cd - sh * sd;
-                sh = ns;
-            } else {
-                sh = std::sin(h);
-                ch = std::cos(h);
-            }
-            const float step = v * m / 100.0f;
-            x = x + step * sh;
-            y = y + step * ch;
+    //
+    // A row's turn, the sine and cosine of a small turn and the step depend
+    // on the row and the path's parameters only, not on the path so far:
+    // they are worked out first for the whole window, in a loop that carries
+    // nothing from row to row (so the compiler runs it several rows at a
+    // time, the three divisions of each row included). The walk then only
+    // adds and rotates, and since each row of a walk waits on the row before,
+    // the two walks go side by side. The fit pairs each path with the probe
+    // of the round after it, which starts from the same parameters.
+    //
+    // Every fit opens with the same pair (offset 0 and multiplier 1, and its
+    // probe): their row terms are worked out once for the whole run, with a
+    // count of the rows before each that need the tests, so that a window's
+    // need is read off in two looks.
+    struct Terms {
+        const float* turn;
+        const float* sinTurn;
+        const float* cosTurn;
+        const float* step;
+    };
+    void RunPathPair(int32_t s, int32_t e, float o, float m, float probeO, float probeM,
+                     Chord& path, Chord& probe) {
+        const size_t n = static_cast<size_t>(e - s + 1);
+        if (terms_.size() < 8 * n) terms_.resize(8 * n);
+        float* const t = terms_.data();
+        // A window where every row moves and every turn is small (the usual
+        // case at the speeds of a fit) is walked without the tests.
+        const bool plainA = PrepareRows(s, n, o, m, t, t + n, t + 2 * n, t + 3 * n);
+        const bool plainB =
+            PrepareRows(s, n, probeO, probeM, t + 4 * n, t + 5 * n, t + 6 * n, t + 7 * n);
+        Walk(s, n, {t, t + n, t + 2 * n, t + 3 * n}, {t + 4 * n, t + 5 * n, t + 6 * n, t + 7 * n},
+             plainA && plainB, path, probe);
+    }
+    // The opening pair of a fit: offset 0 and multiplier 1, and its probe.
+    void RunOpeningPair(int32_t s, int32_t e, Chord& path, Chord& probe) {
+        const size_t n = static_cast<size_t>(e - s + 1);
+        const size_t k = static_cast<size_t>(s - rows_.first);
+        const float* t = opening_.data();
+        const size_t rows = RunRows();
+        auto at = [&](int column) { return t + column * rows + k; };
+        Walk(s, n, {at(0), at(1), at(2), at(3)}, {at(4), at(5), at(6), at(7)},
+             testsBefore_[k + n] == testsBefore_[k], path, probe);
+    }
+    size_t RunRows() const { return static_cast<size_t>(rows_.last - rows_.first) + 1; }
+    void PrepareOpening() {
+        const size_t rows = RunRows();
+        opening_.resize(8 * rows);
+        testsBefore_.resize(rows + 1);
+        float* t = opening_.data();
+        const float o = 0.0f, m = 1.0f;
+        PrepareRows(rows_.first, rows, o, m, t, t + rows, t + 2 * rows, t + 3 * rows);
+        PrepareRows(rows_.first, rows, o + 0.0001f, m * 1.05f, t + 4 * rows, t + 5 * rows,
+                    t + 6 * rows, t + 7 * rows);
+        const float* turnA = t;
+        const float* turnB = t + 4 * rows;
+        const float* spd = spd_ + rows_.first;
+        int32_t count = 0;
+        for (size_t k = 0; k < rows; ++k) {
+            testsBefore_[k] = count;
+            count += !(spd[k] > 0.0f) || !(std::fabs(turnA[k]) < 0.05f) ||
+                     !(std::fabs(turnB[k]) < 0.05f);
         }
-        workHeading_ = h;
-        return ChordOf(x - x_[s], y - y_[s]);
+        testsBefore_[rows] = count;
+    }
+    void Walk(int32_t s, size_t n, Terms a, Terms b, bool plain, Chord& path, Chord& probe) {
+        const float *turnA = a.turn, *sinA = a.sinTurn, *cosA = a.cosTurn, *stepA = a.step;
+        const float *turnB = b.turn, *sinB = b.sinTurn, *cosB = b.cosTurn, *stepB = b.step;
+        float hA = heading_, hB = heading_;
+        float shA = std::sin(hA), chA = std::cos(hA);
+        float shB = shA, chB = chA;
+        float xA = x_[s], yA = y_[s], xB = xA, yB = yA;
+        if (plain) {
+            // The probe's heading is not wanted, and with no large turn its
+            // sum is never read: only the path's is kept.
+            for (size_t k = 0; k < n; ++k) {
+                hA = hA + turnA[k];
+                const float nsA = shA * cosA[k] + chA * sinA[k];
+                chA = chA * cosA[k] - shA * sinA[k];
+                shA = nsA;
+                const float nsB = shB * cosB[k] + chB * sinB[k];
+                chB = chB * cosB[k] - shB * sinB[k];
+                shB = nsB;
+                xA = xA + stepA[k] * shA;
+                yA = yA + stepA[k] * chA;
+                xB = xB + stepB[k] * shB;
+                yB = yB + stepB[k] * chB;
+            }
+        } else {
+            const float* spd = spd_ + s;
+            for (size_t k = 0; k < n; ++k) {
+                if (!(spd[k] > 0.0f)) continue;
+                const float dA = turnA[k], dB = turnB[k];
+                hA = hA + dA;
+                hB = hB + dB;
+                if (std::fabs(dA) < 0.05f) {
+                    const float ns = shA * cosA[k] + chA * sinA[k];
+                    chA = chA * cosA[k] - shA * sinA[k];
+                    shA = ns;
+                } else {
+                    shA = std::sin(hA);
+                    chA = std::cos(hA);
+                }
+                if (std::fabs(dB) < 0.05f) {
+                    const float ns = shB * cosB[k] + chB * sinB[k];
+                    chB = chB * cosB[k] - shB * sinB[k];
+                    shB = ns;
+                } else {
+                    shB = std::sin(hB);
+                    chB = std::cos(hB);
+                }
+                xA = xA + stepA[k] * shA;
+                yA = yA + stepA[k] * chA;
+                xB = xB + stepB[k] * shB;
+                yB = yB + stepB[k] * chB;
+            }
+        }
+        workHeading_ = hA;
+        path = ChordOf(xA - x_[s], yA - y_[s]);
+        probe = ChordOf(xB - x_[s], yB - y_[s]);
+    }
+    // The row terms of a path for n rows from row s: the turn a / v / 100
+    // (a limited to v^2 / 3 on the positive side), the small-turn sine and
+    // cosine of it and the step v * m / 100. A row at rest gets values too;
+    // the walk skips it. True when every row moves and every turn is small.
+    bool PrepareRows(int32_t s, size_t n, float o, float m, float* __restrict turn,
+                     float* __restrict sinTurn, float* __restrict cosTurn,
+                     float* __restrict step) const {
+        const float* __restrict lat = lat_ + s;
+        const float* __restrict spd = spd_ + s;
+        const float* __restrict v = v_.data() + (s - rows_.first);
+        const float* __restrict limit = limit_.data() + (s - rows_.first);
+        int exceptions = 0;
+        for (size_t k = 0; k < n; ++k) {
+            float a = (lat[k] + o) * 9.80665f;
+            a = a > limit[k] ? limit[k] : a;
+            const float d = a / v[k] / 100.0f;
+            float sd, cd;
+            SmallTurn(d, sd, cd);
+            turn[k] = d;
+            sinTurn[k] = sd;
+            cosTurn[k] = cd;
+            step[k] = v[k] * m / 100.0f;
+            exceptions |= !(spd[k] > 0.0f) | !(std::fabs(d) < 0.05f);
+        }
+        return exceptions == 0;
     }
     // Sine and cosine of a turn below 0.05 rad, to single precision.
     static void SmallTurn(float d, float& sd, float& cd) {
@@ -118,8 +237,19 @@ class GpsMapper {
     int32_t FitSection(int32_t s, int32_t e);
 
     derived::RunRows rows_;
-    // Per row: speed in m/s and the turn limit v^2 / 3, as CalcCourse forms them.
-    std::vector<float> v_, limit_;
+    // Per row of the run, from its first: speed in m/s and the turn limit
+    // v^2 / 3, as CalcCourse forms them. Kept from run to run, as is the
+    // room for the row terms of two paths over a window.
+    std::vector<float>& v_ = Scratch(0);
+    std::vector<float>& limit_ = Scratch(1);
+    std::vector<float>& terms_ = Scratch(2);
+    std::vector<float>& opening_ = Scratch(3);
+    std::vector<int32_t> testsBefore_;
+    bool openingTables_ = false;
+    static std::vector<float>& Scratch(int k) {
+        thread_local std::vector<float> buffers[4];
+        return buffers[k];
+    }
     float* x_ = nullptr;
     float* y_ = nullptr;
     const float* lat_ = nullptr;
@@ -137,17 +267,22 @@ class GpsMapper {
 int32_t GpsMapper::FitSection(int32_t s, int32_t e) {
     const int32_t start = rows_.first, end = rows_.last;
     const Chord target = ChordOf(x_[e] - x_[s], y_[e] - y_[s]);
-    Chord path = RunPath(s, e, 0.0f, 1.0f);
+    float latOffset = 0.0f, distMult = 1.0f, headSens = 1.0f, distSens = 1.0f;
+    // Each round's probe is taken with the path before it (see RunPathPair);
+    // the last one goes unused.
+    Chord path, probe;
+    if (openingTables_)
+        RunOpeningPair(s, e, path, probe);
+    else
+        RunPathPair(s, e, latOffset, distMult, latOffset + 0.0001f, distMult * 1.05f, path, probe);
     float headErr = WrapPi(path.bearing - target.bearing);
     float distErr = path.length - target.length;
-    float latOffset = 0.0f, distMult = 1.0f, headSens = 1.0f, distSens = 1.0f;
     int16_t count = 0;
     while (((std::fabs(distErr) > 0.5f && distSens != 0.0f) ||
             (std::fabs(headErr) > 0.017453292f && headSens != 0.0f)) &&
            count < 200) {
         const float prevLength = path.length, prevBearing = path.bearing;
         ++count;
-        const Chord probe = RunPath(s, e, latOffset + 0.0001f, distMult * 1.05f);
         headSens = WrapPi(prevBearing - probe.bearing);
         headErr = WrapPi(prevBearing - target.bearing);
         float offsetStep = headSens != 0.0f ? headErr * 0.0001f / headSens : 0.0f;
@@ -158,7 +293,7 @@ int32_t GpsMapper::FitSection(int32_t s, int32_t e) {
         float multStep = distSens != 0.0f ? distErr * 0.05f / distSens : 0.0f;
         multStep = multStep * 0.35f;
         distMult = distMult + multStep;
-        path = RunPath(s, e, latOffset, distMult);
+        RunPathPair(s, e, latOffset, distMult, latOffset + 0.0001f, distMult * 1.05f, path, probe);
         headErr = WrapPi(path.bearing - target.bearing);
         // From the second test on the loop's end condition sees the change of
         // bearing between rounds here; the body recomputes it before use.
@@ -215,12 +350,19 @@ void GpsMapper::Run() {
     spd_ = derived::Col(slot::SpeedKph);
     if (!x_ || !y_ || !lat_ || !spd_) return;
     log_ = LogOn();
-    v_.assign(static_cast<size_t>(rows_.last) + 1, 0.0f);
-    limit_.assign(v_.size(), 0.0f);
-    for (int32_t i = rows_.first; i <= rows_.last; ++i) {
-        v_[i] = spd_[i] / 3600.0f * 1000.0f;
-        limit_[i] = v_[i] * v_[i] / 3.0f;
+    const size_t rows = static_cast<size_t>(rows_.last - rows_.first) + 1;
+    if (v_.size() < rows) {
+        v_.resize(rows);
+        limit_.resize(rows);
     }
+    for (size_t k = 0; k < rows; ++k) {
+        v_[k] = spd_[rows_.first + k] / 3600.0f * 1000.0f;
+        limit_[k] = v_[k] * v_[k] / 3.0f;
+    }
+    // The tables hold while the map is drawn, unless disabled slots make the
+    // acceleration or the speed share the positions' column.
+    openingTables_ = lat_ != x_ && lat_ != y_ && spd_ != x_ && spd_ != y_;
+    if (openingTables_) PrepareOpening();
     const std::string& cfg = Paths().TracelabCfgPath;
     trustAccels_ = static_cast<int>(GetConfig(cfg, "TrustAccels")) != 0;
     raw_ = GetConfig(cfg, "UseRawGPSData") == 1.0f;
@@ -263,8 +405,13 @@ void GpsMapper::Run() {
                              " , end sample = " + std::to_string(e));
             }
         }
-        float minSpeed = 1.0e20f;
-        for (int32_t i = s; i <= e; ++i) minSpeed = std::min(minSpeed, spd_[i]);
+        // The window's least speed (searched from 1.0E+20) serves only to
+        // ask whether it is at least 30 kph, that is whether no row of the
+        // window is below 30 (a row that is not a number never lowers it).
+        // Asked so, the rows are tested several at a time.
+        int slowRows = 0;
+        for (int32_t i = s; i <= e; ++i) slowRows |= spd_[i] < 30.0f;
+        const bool fastWindow = slowRows == 0;
 
         if (e == end && !raw_) {
             // Case A: the last of the data, dead-reckoned on from the last
@@ -295,7 +442,7 @@ void GpsMapper::Run() {
                 }
             }
             r = e;
-        } else if (minSpeed >= 30.0f && !fresh_ && !raw_) {
+        } else if (fastWindow && !fresh_ && !raw_) {
             r = FitSection(s, e);
         } else {
             // Case D: slow, the first section after the very first, or raw.

@@ -1,5 +1,6 @@
 #include "sim/run_file.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
@@ -79,6 +80,11 @@ std::string CarFileText(const VehicleParams& v) {
     line("UseWheelForRpm", 0);
     line("WheelPulsesRev", v.wheelPulsesRev);
     line("DrivenRollingCircVal", v.tyreCircumference);
+    // The wheel speed of a stream logger is the user's formula on the wheel
+    // pulse frequency (Frequency 1): metres per pulse in the first vehicle
+    // constant, times 3.6 for km/h.
+    out += "\"WheelSpeedFormula\",\"VAR_38 * CAR_1 * 3.6\"\r\n";
+    line("Car Constant1", v.tyreCircumference / std::max(1.0, double(v.wheelPulsesRev)));
     line("CdaVal", v.cda);
     line("RollingVal", v.rolling);
     line("CarMass", v.mass);

@@ -14,6 +14,9 @@
 //          week (ms): sent together 2 to 8 ticks after the pulse, since the
 //          receiver needs time to compute them; they describe the pulse tick
 //   id 20  supply voltage in mV, every tenth tick
+// SW63 only: the meter's own 100 Hz speed, id 30, a u24 count of
+// 0.001379060159 kph, every tick (the meter's GPS speed record, id 11, is not
+// read on that family, so this is its only speed).
 // MQ7 only (the SW63 meter has no such inputs):
 //   id 18  engine: period of the ignition pulses in ticks of the 6 MHz timer
 //   id 14  Frequency 1: period of the wheel pulses, same timer (0: standing)
@@ -169,10 +172,11 @@ RawRun EncodeStream(Family family, const Trajectory& traj, const Circuit& circui
         ++run.timeJumps;
     }
 
-    run.bytes.reserve(static_cast<size_t>(R) * (mq7 ? 38 : 22));
+    run.bytes.reserve(static_cast<size_t>(R) * (mq7 ? 38 : 27));
     StreamWriter w(run.bytes);
     AccelSensor accel(options.sensors, SubSeed(options.seed, 22));
     Rng supplyRng(SubSeed(options.seed, 23));
+    Rng meterSpeedRng(SubSeed(options.seed, 25));
     std::vector<std::pair<size_t, int>> ticks;  // offset of each time record and its row
     ticks.reserve(R);
     size_t nextFix = 0, nextSend = 0;
@@ -251,6 +255,14 @@ RawRun EncodeStream(Family family, const Trajectory& traj, const Circuit& circui
             w.End();
             w.Begin(25);
             w.U16(static_cast<uint32_t>(std::lround(500.0 + 4000.0 * brake)));
+            w.End();
+        }
+        if (!mq7) {
+            const double kph =
+                std::max(0.0, t.speed + options.sensors.gpsSpeedNoise * meterSpeedRng.Gauss()) *
+                3.6;
+            w.Begin(30);
+            w.U24(static_cast<uint32_t>(std::lround(kph / 0.001379060159)));
             w.End();
         }
         if (r % 10 == 0) {
