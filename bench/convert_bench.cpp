@@ -3,9 +3,17 @@
 // is built in memory as its logger would write it: HX40 frames with a GPS
 // block once a second, an MQ7 record stream with fixes ten times a second,
 // SV63 frames with a binary fix every 20 frames.
+//
+// The program's allocations are counted (the global operator new is replaced
+// in this binary): the counter allocs/run is the number made by one whole
+// conversion, set-up included. That it stays a few dozen on 360,000 rows
+// shows that the byte loops themselves allocate nothing.
 #include <benchmark/benchmark.h>
 
+#include <atomic>
 #include <cmath>
+#include <cstdlib>
+#include <new>
 #include <random>
 #include <string>
 #include <vector>
@@ -19,6 +27,26 @@
 #include "store/run_procedures.h"
 #include "store/run_store.h"
 #include "support/engine_fixture.h"
+
+namespace {
+
+std::atomic<long long> g_allocations{0};
+
+}  // namespace
+
+// Not inlined, so that the compiler never sees malloc'd memory reach a
+// delete expression (it would take that for a mismatched pair).
+[[gnu::noinline]] void* operator new(std::size_t n) {
+    g_allocations.fetch_add(1, std::memory_order_relaxed);
+    if (void* p = std::malloc(n ? n : 1)) return p;
+    throw std::bad_alloc();
+}
+[[gnu::noinline]] void operator delete(void* p) noexcept {
+    std::free(p);
+}
+[[gnu::noinline]] void operator delete(void* p, std::size_t) noexcept {
+    std::free(p);
+}
 
 namespace {
 
@@ -197,13 +225,17 @@ void LoadStream(const std::vector<uint8_t>& bytes) {
 template <class Convert>
 void Run(benchmark::State& state, Convert convert) {
     const RunRecord& r = Store().RunInfo[1];
+    long long allocations = 0;
     for (auto _ : state) {
         state.PauseTiming();
         WipeRunData(1);
+        const long long before = g_allocations.load(std::memory_order_relaxed);
         state.ResumeTiming();
         convert(1);
         benchmark::DoNotOptimize(Store().RunData.Column(0).data());
+        allocations = g_allocations.load(std::memory_order_relaxed) - before;
     }
+    state.counters["allocs/run"] = static_cast<double>(allocations);
     state.counters["rows"] = r.RunLength;
     state.counters["rows/s"] =
         benchmark::Counter(double(r.RunLength) * state.iterations(), benchmark::Counter::kIsRate);

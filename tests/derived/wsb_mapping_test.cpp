@@ -24,6 +24,7 @@
 #include "derived/reference_lap.h"
 #include "derived_helpers.h"
 #include "files/raw_run_files.h"
+#include "results/laps.h"
 #include "results/track_markers.h"
 #include "support/engine_fixture.h"
 
@@ -287,6 +288,34 @@ TEST_F(WsbMapping, CleanRunsMapOntoOneReferenceLap) {
         EXPECT_GE(m.Crossings[1].size(), 4u) << m.Name;
     }
     EXPECT_EQ(found, 4);
+
+    // The first beacon's marker, named with its "#", is the lap marker: the
+    // laps between its crossings are the true laps at that beacon.
+    const int lap = CheckForLapMarker();
+    ASSERT_GT(lap, 0);
+    EXPECT_EQ(WithoutHash(Markers().Entries[lap].Name).rfind("Beacon ", 0), 0u);
+    const RunLaps laps = LapsOfRun(1);
+    ASSERT_GE(laps.laps.size(), 3u);
+    double worst = 0;
+    for (const LapInfo& l : laps.laps) {
+        // The true crossings of the same beacon nearest the lap's two ends.
+        auto nearest = [&](int32_t row) {
+            const TrueCrossing* best = nullptr;
+            for (const TrueCrossing& c : a.crossings)
+                if (!best ||
+                    std::abs(Start(1) + c.row - row) < std::abs(Start(1) + best->row - row))
+                    best = &c;
+            return best;
+        };
+        const TrueCrossing* c0 = nearest(l.startRow);
+        const TrueCrossing* c1 = nearest(l.endRow);
+        ASSERT_TRUE(c0 && c1);
+        EXPECT_EQ(c0->beacon, c1->beacon);
+        worst = std::max(worst, std::fabs(l.time - (c1->row - c0->row) / 100.0));
+    }
+    std::printf("[ wsb mode 2 ] %zu laps at the beacon marker, worst lap time error %.3f s\n",
+                laps.laps.size(), worst);
+    EXPECT_LT(worst, 0.1);
 }
 
 TEST_F(WsbMapping, GpsSpeedMapsInModeOne) {
