@@ -37,14 +37,6 @@ int BeaconsPerLap() {
     return n >= 1 && n <= kMaxBeaconsPerLap ? n : 0;
 }
 
-template <class... T>
-void Log(const T&... parts) {
-    if (!LogOn()) return;
-    std::ostringstream s;
-    (s << ... << parts);
-    LogDebug(s.str());
-}
-
 // Metres between two rows by slot 11 (km).
 float Metres(const float* dist, int32_t from, int32_t to) {
     return (dist[to] - dist[from]) * 1000.0f;
@@ -64,7 +56,7 @@ std::vector<int32_t> BeaconRows(int32_t run, bool log) {
     for (int32_t i = rr.first + 1; i <= rr.last; ++i) {
         if (b[i] != 1.0f || b[i - 1] == 1.0f) continue;
         if (static_cast<int32_t>(rows.size()) >= limit) break;
-        if (log) Log("Marker Found at ", i);
+        if (log) derived::LogParts("Marker Found at ", i);
         rows.push_back(i);
     }
     return rows;
@@ -95,35 +87,35 @@ class AlignmentSearch {
 
     void Forwards(int from) {
         int g = from, m = 1;
-        Log("Search forwards from ", g);
+        derived::LogParts("Search forwards from ", g);
         while (g <= n_) {
-            Log("Check Beacon ", g);
+            derived::LogParts("Check Beacon ", g);
             if (TestLapDistance(Exp(m), Gap(g))) {
-                Log("Section Match ", g);
+                derived::LogParts("Section Match ", g);
             } else if (1.03f * Exp(m) + 20.0f > Gap(g)) {
                 // Shorter than expected: a false beacon may lie in it.
-                Log("Section too long ", g);
+                derived::LogParts("Section too long ", g);
                 const float sum = g + 1 >= n_ ? Gap(g) : Gap(g) + Gap(g + 1);
                 if (TestLapDistance(Exp(m), sum)) {
-                    Log("skipping a beacon solves the problem");
+                    derived::LogParts("skipping a beacon solves the problem");
                     ++g;
                     err_ += 1;
                 } else {
-                    Log("skipping a beacon doesn't help");
+                    derived::LogParts("skipping a beacon doesn't help");
                     err_ += 10;
                     ++g;
                     ResyncForwards(g, m);
                 }
             } else {
                 // Longer than expected: a beacon may have been missed.
-                Log("Section too short ", g);
+                derived::LogParts("Section too short ", g);
                 const float next = Exp(m % N_ + 1);
                 if (TestLapDistance(Exp(m) + next, Gap(g))) {
-                    Log("skipping a section solves the problem");
+                    derived::LogParts("skipping a section solves the problem");
                     ++m;
                     err_ += 1;
                 } else {
-                    Log("skipping a section doesn't help");
+                    derived::LogParts("skipping a section doesn't help");
                     err_ += 10;
                     if (g < n_) ++g;
                     ResyncForwards(g, m);
@@ -137,48 +129,48 @@ class AlignmentSearch {
     void ResyncForwards(int& g, int& m) {
         while (!TestLapDistance(Exp(m), Gap(g)) && g < n_) {
             ++m;
-            Log("skip forward a section");
+            derived::LogParts("skip forward a section");
             err_ += 5;
             if (m == N_ + 1) {
-                Log("skip forward a beacon");
+                derived::LogParts("skip forward a beacon");
                 ++g;
                 m = 1;
             }
         }
-        if (g < N_) Log("Match Finally Found!");
+        if (g < N_) derived::LogParts("Match Finally Found!");
     }
 
     // The same walk towards the start of the run. The section before
     // section 1 is section N: the modulus stays positive.
     void Backwards(int p) {
         int g = p - 1, m = N_;
-        Log("Search backwards from ", g);
+        derived::LogParts("Search backwards from ", g);
         while (g > 1) {
-            Log("Check Beacon ", g);
+            derived::LogParts("Check Beacon ", g);
             if (TestLapDistance(Exp(m), Gap(g))) {
-                Log("Section Match");
+                derived::LogParts("Section Match");
             } else if (1.03f * Exp(m) + 20.0f > Gap(g)) {
-                Log("Section too long");
+                derived::LogParts("Section too long");
                 const float sum = g < 2 ? Gap(g) : Gap(g) + Gap(g - 1);
                 if (TestLapDistance(Exp(m), sum)) {
-                    Log("skipping a beacon solves the problem");
+                    derived::LogParts("skipping a beacon solves the problem");
                     --g;
                     err_ += 1;
                 } else {
-                    Log("skipping a beacon doesn't help");
+                    derived::LogParts("skipping a beacon doesn't help");
                     err_ += 10;
                     --g;
                     ResyncBackwards(g, m);
                 }
             } else {
-                Log("Section too long");
+                derived::LogParts("Section too long");
                 const float previous = Exp(PosMod(m - 2, N_) + 1);
                 if (TestLapDistance(Exp(m) + previous, Gap(g))) {
-                    Log("skipping a section solves the problem");
+                    derived::LogParts("skipping a section solves the problem");
                     --m;
                     err_ += 1;
                 } else {
-                    Log("skipping a section doesn't help");
+                    derived::LogParts("skipping a section doesn't help");
                     err_ += 10;
                     if (g > 1) --g;
                     ResyncBackwards(g, m);
@@ -192,10 +184,10 @@ class AlignmentSearch {
     void ResyncBackwards(int& g, int& m) {
         while (!TestLapDistance(Exp(m), Gap(g)) && g >= 2) {
             --m;
-            Log("skip forward a section");
+            derived::LogParts("skip forward a section");
             err_ += 5;
             if (m == 0) {
-                Log("skip forward a beacon");
+                derived::LogParts("skip forward a beacon");
                 --g;
                 m = N_;
             }
@@ -243,7 +235,7 @@ std::vector<int32_t> FindBeaconRows(int32_t run) {
 int ExtractValidMarkers(int32_t run, BeaconTable& table, std::vector<float>& sections,
                         bool useGiven) {
     return ProcedureValue("ExtractValidMarkers", -1, [&] {
-        Log("search for valid markers");
+        derived::LogParts("search for valid markers");
         table.Clear();
         const int N = BeaconsPerLap();
         const std::vector<int32_t> beacon = BeaconRows(run, true);
@@ -253,11 +245,11 @@ int ExtractValidMarkers(int32_t run, BeaconTable& table, std::vector<float>& sec
             if (!useGiven) sections.clear();
             return -1;
         }
-        Log("Beacons Found = ", n + 1);
+        derived::LogParts("Beacons Found = ", n + 1);
         std::vector<float> gap(n + 1, 0.0f);
         for (int k = 1; k <= n; ++k) {
             gap[k] = Metres(dist, beacon[k - 1], beacon[k]);
-            Log("   distance of ", gap[k]);
+            derived::LogParts("   distance of ", gap[k]);
         }
         auto given = [&](int k) {
             return k < static_cast<int>(sections.size()) ? sections[k] : 0.0f;
@@ -269,14 +261,14 @@ int ExtractValidMarkers(int32_t run, BeaconTable& table, std::vector<float>& sec
         for (int p = 1; p <= n - N - 1; ++p) {
             for (int m = 1; m <= N; ++m) {
                 exp[m] = useGiven ? given(m - 1) : gap[p + m - 1];
-                Log("Distance of section ", m, " = ", exp[m]);
+                derived::LogParts("Distance of section ", m, " = ", exp[m]);
             }
             const int err = search.Error(p, useGiven);
             if (p == 1 || bestErr > err) {
                 bestErr = err;
                 best = p;
             }
-            Log("start ", p, ", total error = ", err);
+            derived::LogParts("start ", p, ", total error = ", err);
         }
 
         // Design note: with given sections the gaps of the best start are not
@@ -285,7 +277,7 @@ int ExtractValidMarkers(int32_t run, BeaconTable& table, std::vector<float>& sec
         // missed or false beacon among them would otherwise become a section
         // of the table. The given sections serve the table instead.
         std::vector<float> found(N, 0.0f);
-        if (best > 0) Log("lowest error ", bestErr, ", at ", best);
+        if (best > 0) derived::LogParts("lowest error ", bestErr, ", at ", best);
         const int from = best > 0 ? best : 1;
         for (int k = 0; k < N; ++k)
             found[k] = useGiven ? given(k) : (from + k <= n ? gap[from + k] : 0.0f);

@@ -3,8 +3,10 @@
 #pragma once
 
 #include <cstdint>
+#include <sstream>
 
 #include "convert/slot_columns.h"
+#include "core/log.h"
 #include "store/catalogue.h"
 #include "store/run_store.h"
 
@@ -35,6 +37,15 @@ inline RunRows RowsOf(int32_t run) {
 // for null all the same and skip.
 inline float* Col(int slotNumber) {
     return SlotColumn(slotNumber);
+}
+
+// One log line joined from its parts, built only when the log writes.
+template <class... T>
+void LogParts(const T&... parts) {
+    if (!LogOn()) return;
+    std::ostringstream s;
+    (s << ... << parts);
+    LogDebug(s.str());
 }
 
 }  // namespace tl::derived

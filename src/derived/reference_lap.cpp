@@ -32,14 +32,6 @@ constexpr float kClosedWithin = 0.1f;  // metres
 // More points than this (a lap of 200 km) is taken for a broken distance.
 constexpr double kMaxRefLapPoints = 2.0e6;
 
-template <class... T>
-void Log(const T&... parts) {
-    if (!LogOn()) return;
-    std::ostringstream s;
-    (s << ... << parts);
-    LogDebug(s.str());
-}
-
 inline float WrapPi(float x) {
     return Constrain(x, -kPi, kPi);
 }
@@ -194,16 +186,16 @@ void GenerateWSBReferenceLap(int32_t run) {
             for (int c = 0; c < N && complete; ++c) complete = table.At(k, c) != 0;
             const int32_t a = table.At(k, 0), b = table.At(k + 1, 0);
             if (!complete || b <= a) {
-                Log("markers missing on lap counter ", k);
+                derived::LogParts("markers missing on lap counter ", k);
                 continue;
             }
-            Log("all markers present");
+            derived::LogParts("all markers present");
             const float least = *std::min_element(speed + a, speed + b + 1);
-            Log("Min speed= ", least);
+            derived::LogParts("Min speed= ", least);
             if (least > bestMin) {
                 bestMin = least;
                 chosen = k;
-                Log("New maximum min speed found on lap ", k);
+                derived::LogParts("New maximum min speed found on lap ", k);
             }
         }
         if (chosen < 0) {
@@ -213,13 +205,14 @@ void GenerateWSBReferenceLap(int32_t run) {
             ref.RefRun = keepRun;
             return;
         }
-        Log("Lap to be used as reference: ", chosen);
-        Log("close the track map to form a single comlete loop and copy it to the reference lap "
+        derived::LogParts("Lap to be used as reference: ", chosen);
+        derived::LogParts(
+            "close the track map to form a single comlete loop and copy it to the reference lap "
             "array");
         CloseTrackMap(table.At(chosen, 0), table.At(chosen + 1, 0));
-        Log("copy the reference lap into the ref lap");
+        derived::LogParts("copy the reference lap into the ref lap");
         SetRefLap(chosen, table, run);
-        Log("tidy up the vectors used");
+        derived::LogParts("tidy up the vectors used");
         DeleteVariableData(rr.first, rr.last, slot::PositionX);
         DeleteVariableData(rr.first, rr.last, slot::PositionY);
     });
@@ -233,52 +226,53 @@ int CloseTrackMap(int32_t first, int32_t last) {
         LoopCloser loop(first, last);
 
         const float H0 = loop.Pass().h;
-        Log("uncorrected heading is ", H0);
+        derived::LogParts("uncorrected heading is ", H0);
         float target;
         if (H0 <= 0.0f) {
             target = -2.0f * kPi;
-            Log("circuit is counter-clockwise");
+            derived::LogParts("circuit is counter-clockwise");
         } else {
             target = 2.0f * kPi;
-            Log("circuit is clockwise");
+            derived::LogParts("circuit is clockwise");
         }
         PathEnd end = loop.Pass(Probe::Uniform);
         const float sens = WrapPi(H0 - end.h) / kNudge;
         float offset = HeadingOffset(target, H0, sens);
-        Log("the heading sensitivity is ", sens, " and hence the offset is ", offset);
+        derived::LogParts("the heading sensitivity is ", sens, " and hence the offset is ", offset);
         loop.AddToAll(offset);
 
         int rounds = 0;
         while ((std::fabs(end.x) > kClosedWithin || std::fabs(end.y) > kClosedWithin) &&
                rounds < kMaxClosureRounds) {
             ++rounds;
-            Log("iteration #", rounds);
+            derived::LogParts("iteration #", rounds);
             PathEnd base = loop.Pass();
-            Log("uncorrected x position is : ", base.x, "   y position is ", base.y);
+            derived::LogParts("uncorrected x position is : ", base.x, "   y position is ", base.y);
             PathEnd probe = HeadingHeldProbe(loop, Probe::Band1, base.h, sens);
             const float sx1 = base.x - probe.x, sy1 = base.y - probe.y;
-            Log("X sensitivity, parameter 1 is ", sx1);
-            Log("Y sensitivity, parameter 1 is ", sy1);
+            derived::LogParts("X sensitivity, parameter 1 is ", sx1);
+            derived::LogParts("Y sensitivity, parameter 1 is ", sy1);
             base = loop.Pass();
             probe = HeadingHeldProbe(loop, Probe::Band2, base.h, sens);
             const float sx2 = base.x - probe.x, sy2 = base.y - probe.y;
-            Log("X sensitivity, parameter 2 is ", sx2);
-            Log("Y sensitivity, parameter 2 is ", sy2);
+            derived::LogParts("X sensitivity, parameter 2 is ", sx2);
+            derived::LogParts("Y sensitivity, parameter 2 is ", sy2);
             float p = 0, q = 0;
             SimEquat(sx1, sx2, base.x, sy1, sy2, base.y, p, q);
-            Log("Threoretical Parameter 1 is", p);
-            Log("Threoretical Parameter 2 is", q);
+            derived::LogParts("Threoretical Parameter 1 is", p);
+            derived::LogParts("Threoretical Parameter 2 is", q);
             p = FindClip(-5.0f, p * 0.6f, 5.0f) * kNudge;
             q = FindClip(-5.0f, q * 0.6f, 5.0f) * kNudge;
-            Log("Limited Parameter 1 is", p);
-            Log("Limited Parameter 2 is", q);
+            derived::LogParts("Limited Parameter 1 is", p);
+            derived::LogParts("Limited Parameter 2 is", q);
             const float h = loop.Apply(p, q);
-            Log("with parameters applied, new heading is ", h);
+            derived::LogParts("with parameters applied, new heading is ", h);
             loop.AddToAll(HeadingOffset(target, h, sens));
             end = loop.Pass();
-            Log("With heading corrected the new X is ", end.x, " and the new Y is ", end.y);
+            derived::LogParts("With heading corrected the new X is ", end.x, " and the new Y is ",
+                              end.y);
         }
-        Log("__________________________completed loop closure___________________");
+        derived::LogParts("__________________________completed loop closure___________________");
         float* xs = Col(slot::PositionX);
         float* ys = Col(slot::PositionY);
         if (xs && ys && SlotEnabled(slot::PositionX) && SlotEnabled(slot::PositionY))
@@ -361,7 +355,7 @@ void OverlayWSBTrackMap(int32_t run) {
             return sum;
         };
 
-        Log("map the main section of the data");
+        derived::LogParts("map the main section of the data");
         int32_t last = rr.first;
         int lastCol = 0;
         bool started = false;
@@ -377,7 +371,7 @@ void OverlayWSBTrackMap(int32_t run) {
                 if (r < rr.first || r > rr.last || (started && r <= last)) continue;
                 const float measured = (dist[r] - dist[last]) * 1000.0f;
                 if (!started) {
-                    Log("map the first section");
+                    derived::LogParts("map the first section");
                     const float offset = offsetOf(c);
                     // The beacon's own row first: an open section starts from it.
                     OverLayLapOnToReference(r, r, run, offset, 1.0f);
@@ -388,7 +382,7 @@ void OverlayWSBTrackMap(int32_t run) {
                 } else if (expect > 0.0f && TestLapDistance(measured, expect)) {
                     OverLayLapOnToReference(last, r, run, offsetOf(lastCol), measured / expect);
                 } else {
-                    Log("Sections different lengths  ", last, " ", r);
+                    derived::LogParts("Sections different lengths  ", last, " ", r);
                 }
                 last = r;
                 lastCol = c;
@@ -396,7 +390,7 @@ void OverlayWSBTrackMap(int32_t run) {
                 started = true;
             }
         }
-        Log("map the final section");
+        derived::LogParts("map the final section");
         if (allData)
             OverLayLapOnToReference(last, rr.last, run, started ? offsetOf(lastCol) : 0.0f, 1.0f);
         else
@@ -434,7 +428,7 @@ void OverLayLapOnToReference(int32_t first, int32_t last, int32_t run, float off
                 xs[i] = ref.RefLapX[idx];
                 ys[i] = ref.RefLapY[idx];
             } else {
-                Log("search error in overlaylap");
+                derived::LogParts("search error in overlaylap");
             }
             if (i == last) break;
         }

@@ -26,14 +26,6 @@ namespace {
 
 using Crossings = std::vector<int32_t>;
 
-const Crossings& CrossingsIn(int index, int32_t run) {
-    static const Crossings none;
-    if (index < 1 || index >= kTrackMarkerCount) return none;
-    const auto& c = Markers().Entries[index].Crossings;
-    if (run < 1 || run >= static_cast<int32_t>(c.size())) return none;
-    return c[run];
-}
-
 // The reference passage of a sector: the run and the 1-based ordinals of the
 // start and end crossings.
 struct BestPassage {
@@ -62,6 +54,8 @@ class TimeSlip {
     // Every stored crossing lies inside its run, so inside the table; rows
     // come from the marker lists and are checked all the same.
     bool RowOk(int32_t row) const { return row >= 1 && row <= upper_; }
+    template <class Fn>
+    void ForEachPair(int a, int b, Fn fn) const;
     void Compare(int32_t run, int32_t rowC, int32_t rowE, const BestPassage& best,
                  int32_t bestStartRow, int32_t bestEndRow);
 
@@ -84,6 +78,23 @@ class TimeSlip {
     int32_t upper_;
 };
 
+// Every pair of a start crossing and an end crossing in the same run, in
+// the order of run, start and end; the ordinals are 1-based.
+template <class Fn>
+void TimeSlip::ForEachPair(int a, int b, Fn fn) const {
+    for (int32_t run = 1; run <= runs_; ++run) {
+        const Crossings& starts = MarkerCrossings(a, run);
+        const Crossings& ends = MarkerCrossings(b, run);
+        for (size_t c = 0; c < starts.size(); ++c) {
+            if (!RowOk(starts[c])) continue;
+            for (size_t e = 0; e < ends.size(); ++e)
+                if (RowOk(ends[e]))
+                    fn(BestPassage{run, static_cast<int32_t>(c) + 1, static_cast<int32_t>(e) + 1},
+                       starts[c], ends[e]);
+        }
+    }
+}
+
 void TimeSlip::Sector(int row) {
     const MeasurementRow& sector = Measurements().Rows[row];
     const int a = FindTrackMarkerIndex(sector.StartMarker);
@@ -92,40 +103,21 @@ void TimeSlip::Sector(int row) {
     float bestTime = 1.0E+20f;
     BestPassage best;
     int32_t bestStartRow = 0, bestEndRow = 0;
-    for (int32_t run = 1; run <= runs_; ++run) {
-        const Crossings& starts = CrossingsIn(a, run);
-        const Crossings& ends = CrossingsIn(b, run);
-        for (size_t c = 0; c < starts.size(); ++c) {
-            if (!RowOk(starts[c])) continue;
-            for (size_t e = 0; e < ends.size(); ++e) {
-                if (!RowOk(ends[e])) continue;
-                const float t = time_[ends[e]] - time_[starts[c]];
-                if (t > 0.0f && t < bestTime) {
-                    bestTime = t;
-                    best = {run, static_cast<int32_t>(c) + 1, static_cast<int32_t>(e) + 1};
-                    bestStartRow = starts[c];
-                    bestEndRow = ends[e];
-                }
-            }
+    ForEachPair(a, b, [&](const BestPassage& pair, int32_t rowC, int32_t rowE) {
+        const float t = time_[rowE] - time_[rowC];
+        if (t > 0.0f && t < bestTime) {
+            bestTime = t;
+            best = pair;
+            bestStartRow = rowC;
+            bestEndRow = rowE;
         }
-    }
+    });
     if (best.run == 0) return;
 
-    for (int32_t run = 1; run <= runs_; ++run) {
-        const Crossings& starts = CrossingsIn(a, run);
-        const Crossings& ends = CrossingsIn(b, run);
-        for (size_t c = 0; c < starts.size(); ++c) {
-            if (!RowOk(starts[c])) continue;
-            for (size_t e = 0; e < ends.size(); ++e) {
-                if (!RowOk(ends[e])) continue;
-                const BestPassage pair{run, static_cast<int32_t>(c) + 1,
-                                       static_cast<int32_t>(e) + 1};
-                if (pair == best) continue;
-                if (!(time_[ends[e]] - time_[starts[c]] > 0.0f)) continue;
-                Compare(run, starts[c], ends[e], best, bestStartRow, bestEndRow);
-            }
-        }
-    }
+    ForEachPair(a, b, [&](const BestPassage& pair, int32_t rowC, int32_t rowE) {
+        if (pair == best || !(time_[rowE] - time_[rowC] > 0.0f)) return;
+        Compare(pair.run, rowC, rowE, best, bestStartRow, bestEndRow);
+    });
 }
 
 void TimeSlip::Compare(int32_t run, int32_t rowC, int32_t rowE, const BestPassage& best,
@@ -160,7 +152,7 @@ void TimeSlip::Totals() {
     for (int32_t run = 1; run <= runs_; ++run) {
         const RunRecord& rec = Store().RunInfo[run];
         if (rec.RunStart < 1 || rec.RunEnd > upper_ || rec.RunEnd < rec.RunStart) continue;
-        const Crossings& laps = CrossingsIn(lap, run);
+        const Crossings& laps = MarkerCrossings(lap, run);
         size_t next = 0;
         total_[rec.RunStart] = 0.0f;
         for (int32_t i = rec.RunStart + 1; i <= rec.RunEnd; ++i) {

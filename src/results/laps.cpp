@@ -27,15 +27,6 @@ bool HoldsHash(const std::string& name) {
     return name.find('#') != std::string::npos;
 }
 
-// The crossings of entry index in run; empty for a bad index or run.
-const std::vector<int32_t>& CrossingsOf(int index, int32_t run) {
-    static const std::vector<int32_t> none;
-    if (index < 1 || index >= kTrackMarkerCount) return none;
-    const auto& c = Markers().Entries[index].Crossings;
-    if (run < 1 || run >= static_cast<int32_t>(c.size())) return none;
-    return c[run];
-}
-
 float TimeAt(int32_t row) {
     const float* t = Col(slot::Time);
     if (!t || row < 0 || row > Store().RunData.UpperRow()) return 0.0f;
@@ -197,7 +188,7 @@ void AutoAddSectorMarkers(int32_t run, int count, float halfLength) {
         const float total = DistanceAt(rows.length) - DistanceAt(0);
 
         int32_t first = 0, last = 0;
-        const auto& laps = CrossingsOf(lap, run);
+        const auto& laps = MarkerCrossings(lap, run);
         const bool onLap = lap > 0 && laps.size() > 2;
         std::string startName, endName;
         if (onLap) {
@@ -299,7 +290,7 @@ RunLaps LapsOfRun(int32_t run) {
     RunLaps out;
     const int lap = CheckForLapMarker();
     if (lap < 1) return out;
-    const auto& c = CrossingsOf(lap, run);
+    const auto& c = MarkerCrossings(lap, run);
     double fastest = 0;
     for (size_t k = 1; k < c.size(); ++k) {
         LapInfo info;

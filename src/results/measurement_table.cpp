@@ -41,14 +41,6 @@ float Cell(int32_t row, int32_t column) {
     return Store().RunData(row, column);
 }
 
-const std::vector<int32_t>& CrossingsIn(int index, int32_t run) {
-    static const std::vector<int32_t> none;
-    if (index < 1 || index >= kTrackMarkerCount) return none;
-    const auto& c = Markers().Entries[index].Crossings;
-    if (run < 1 || run >= static_cast<int32_t>(c.size())) return none;
-    return c[run];
-}
-
 std::string Format2(double value) {
     char buf[64];
     std::snprintf(buf, sizeof buf, "%.2f", value);
@@ -112,10 +104,10 @@ std::vector<MeasurementCell> MeasurementCells(int m, int32_t run) {
     if (slotNumber == kNoDataSlot && row.VarName != Catalogue().RunVars[kNoDataSlot].Name)
         return cells;
     const int32_t column = FindVarIndex(row.VarName);
-    const auto& starts = CrossingsIn(a, run);
-    const auto& ends = CrossingsIn(b, run);
+    const auto& starts = MarkerCrossings(a, run);
+    const auto& ends = MarkerCrossings(b, run);
     const int lap = CheckForLapMarker();
-    const auto& laps = CrossingsIn(lap, run);
+    const auto& laps = MarkerCrossings(lap, run);
 
     if (lap > 0 && !valueOf) {
         size_t sp = 0, ep = 0;
@@ -175,7 +167,7 @@ std::vector<CellRequest> RegenerateTable(bool graphSelected, bool mapSelected, T
         for (int32_t r = 1; r <= runs; ++r) {
             size_t most = 0;
             for (int i = 1; i < kTrackMarkerCount; ++i)
-                most = std::max(most, CrossingsIn(i, r).size());
+                most = std::max(most, MarkerCrossings(i, r).size());
             rowBase[r + 1] = rowBase[r] + static_cast<int>(most) + 1;
         }
         // The grid ends with one blank row after the last run. Row m of the

@@ -158,6 +158,14 @@ void CheckAllTrackMarkers() {
     });
 }
 
+const std::vector<int32_t>& MarkerCrossings(int index, int32_t run) {
+    static const std::vector<int32_t> none;
+    if (index < 1 || index >= kTrackMarkerCount) return none;
+    const auto& c = Markers().Entries[index].Crossings;
+    if (run < 1 || run >= static_cast<int32_t>(c.size())) return none;
+    return c[run];
+}
+
 int FindTrackMarkerIndex(const std::string& name) {
     const TrackMarkerTable& table = Markers();
     for (int i = 1; i <= kLastMarkerEntry; ++i)

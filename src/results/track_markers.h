@@ -86,6 +86,10 @@ void ShareCrossingsAmongRuns(TrackMarker& marker, const std::vector<int32_t>& ro
 // 1000-crossing stop the remaining markers are left as they were.
 void CheckAllTrackMarkers();
 
+// The crossing rows of entry index in run; empty for an entry or run outside
+// the table (entry 0, the "not found" of FindTrackMarkerIndex, has none).
+const std::vector<int32_t>& MarkerCrossings(int index, int32_t run);
+
 // The entry 1 to 99 whose name equals name exactly; 0 if none.
 int FindTrackMarkerIndex(const std::string& name);
 
