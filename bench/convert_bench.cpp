@@ -58,27 +58,13 @@ struct Environment {
     test::TempDir root;
     ScriptedPlatform ui;
     explicit Environment(Family family) {
-        SetPlatform(ui.AsPlatform());
-        Profile() = BuildProfile{};
-        FormBasePaths(TRACELAB_BIN_DIR, TRACELAB_SHARE_DIR, root.path().string());
-        SeedConfigRoot(TRACELAB_SHARE_DIR, root.path().string());
-        Profile().SetFamily(family);
-        Profile().SetVehicle(Vehicle::Car);
-        FormFamilyPaths();
-        ClearCurrentRun(true);
-        SetAvailableVars();
-        for (int s = 1; s <= 200; ++s)
-            if (Catalogue().RunVars[s].Available && !Catalogue().RunVars[s].Name.empty())
-                SetConfig(Paths().TracelabCfgPath, PlainVarName(s), -1);
-        SetAvailableVars();
+        test::StartEngine(root, ui, family, Vehicle::Car);
+        test::EnableEveryVariable();
         SetConfig(Paths().CarCfgPath, "WheelPulsesRev", 2);
         SetConfig(Paths().CarCfgPath, "DrivenRollingCircVal", 1.9f);
         SetConfig(Paths().CarCfgPath, "IgntionPulsesRev", 2);
     }
-    ~Environment() {
-        Profile() = BuildProfile{};
-        SetPlatform(Platform{});
-    }
+    ~Environment() { test::StopEngine(); }
 };
 
 void LoadPlanes(const std::vector<std::array<uint8_t, 8>>& frames, uint8_t period) {

@@ -34,24 +34,13 @@ struct Environment {
     std::vector<std::vector<float>> saved;  // converted columns of each run
     int runs;
     Environment(int runCount) : runs(runCount) {
-        SetPlatform(ui.AsPlatform());
-        Profile() = BuildProfile{};
-        FormBasePaths(TRACELAB_BIN_DIR, TRACELAB_SHARE_DIR, root.path().string());
-        SeedConfigRoot(TRACELAB_SHARE_DIR, root.path().string());
-        Profile().SetFamily(Family::MQ7);
-        Profile().SetVehicle(Vehicle::Car);
-        FormFamilyPaths();
-        ClearCurrentRun(true);
+        test::StartEngine(root, ui, Family::MQ7, Vehicle::Car);
         SaveUserChannels(Paths().UserVarsCfgPath,
                          {{"Power Ratio", "VAR_16 / (VAR_06 + 1)", -1},
                           {"Combined G", "sqrt(VAR_02^2 + VAR_04^2)", -1}});
         SetConfig(Paths().TracelabCfgPath, "U:Power Ratio", -1);
         SetConfig(Paths().TracelabCfgPath, "U:Combined G", -1);
-        SetAvailableVars();
-        for (int s = 1; s <= 200; ++s)
-            if (Catalogue().RunVars[s].Available && !Catalogue().RunVars[s].Name.empty())
-                SetConfig(Paths().TracelabCfgPath, PlainVarName(s), -1);
-        SetAvailableVars();
+        test::EnableEveryVariable();
         // Filters as a user sets them: a rate limit on the accelerations and
         // a time constant on power.
         SetConfig(Paths().TracelabCfgPath, "RateFilt_" + Catalogue().RunVars[2].Name, 50);
@@ -66,23 +55,11 @@ struct Environment {
         SetConfig(Paths().CarCfgPath, "CdaVal", 0.7f);
         SetConfig(Paths().CarCfgPath, "RollingVal", 0.015f);
 
-        int32_t columns = 0;
-        for (int v = 1; v <= kNoDataSlot; ++v)
-            columns = std::max(columns, Catalogue().RunVars[v].Column + 1);
-        RunStore& s = Store();
-        s.RunData.Reset(runs * kRows + 1, columns);
-        s.RunCount = runs;
-        for (int n = 1; n <= runs; ++n) {
-            RunRecord& r = s.RunInfo[n];
-            r = RunRecord{};
-            r.Name = "hour " + std::to_string(n);
-            r.RunStart = (n - 1) * kRows + 1;
-            r.RunEnd = n * kRows;
-            r.RunLength = kRows;
-        }
+        test::LayOutRuns(runs, kRows, "hour");
         Fill();
-        saved.resize(columns);
-        for (int32_t c = 0; c < columns; ++c) {
+        RunStore& s = Store();
+        saved.resize(s.RunData.Columns());
+        for (int32_t c = 0; c < s.RunData.Columns(); ++c) {
             auto col = s.RunData.Column(c);
             saved[c].assign(col.begin(), col.end());
         }
@@ -132,10 +109,7 @@ struct Environment {
             std::copy(saved[c].begin(), saved[c].end(), col.begin());
         }
     }
-    ~Environment() {
-        Profile() = BuildProfile{};
-        SetPlatform(Platform{});
-    }
+    ~Environment() { test::StopEngine(); }
 };
 
 void BM_PipelineOneHour(benchmark::State& state) {

@@ -34,34 +34,18 @@ struct Environment {
     test::TempDir root;
     ScriptedPlatform ui;
     Environment() {
-        SetPlatform(ui.AsPlatform());
-        Profile() = BuildProfile{};
-        FormBasePaths(TRACELAB_BIN_DIR, TRACELAB_SHARE_DIR, root.path().string());
-        SeedConfigRoot(TRACELAB_SHARE_DIR, root.path().string());
-        Profile().SetFamily(Family::MQ7);
-        Profile().SetVehicle(Vehicle::Car);
-        FormFamilyPaths();
-        ClearCurrentRun(true);
+        test::StartEngine(root, ui, Family::MQ7, Vehicle::Car);
         for (int s : {1, 8, 11, 21, 22, 23, 24})
             SetConfig(Paths().TracelabCfgPath, PlainVarName(s), -1);
         SetAvailableVars();
-        int32_t columns = 0;
-        for (int v = 1; v <= kNoDataSlot; ++v)
-            columns = std::max(columns, Catalogue().RunVars[v].Column + 1);
-        RunStore& st = Store();
-        st.RunData.Reset(kRuns * kRows + 1, columns);
-        st.RunCount = kRuns;
+        test::LayOutRuns(kRuns, kRows, "hour");
         float* t = SlotColumn(slot::Time);
         float* v = SlotColumn(slot::SpeedKph);
         float* d = SlotColumn(slot::DistanceKm);
         float* x = SlotColumn(slot::PositionX);
         float* y = SlotColumn(slot::PositionY);
         for (int n = 1; n <= kRuns; ++n) {
-            RunRecord& r = st.RunInfo[n];
-            r.Name = "hour " + std::to_string(n);
-            r.RunStart = (n - 1) * kRows + 1;
-            r.RunEnd = n * kRows;
-            r.RunLength = kRows;
+            const RunRecord& r = Store().RunInfo[n];
             double s = 1.0;  // metres along the track
             for (int32_t k = 0; k < kRows; ++k) {
                 const int32_t i = r.RunStart + k;
@@ -98,6 +82,7 @@ struct Environment {
             row.EndMarker = Markers().Entries[m % kMarkers + 1].Name;
         }
     }
+    ~Environment() { test::StopEngine(); }
 };
 
 void BM_CrossingsAndTimeSlip(benchmark::State& state) {

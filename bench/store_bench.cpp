@@ -57,14 +57,7 @@ void BM_LoadTenHourLongHx40Runs(benchmark::State& state) {
     test::TempDir root;
     ScriptedPlatform ui;
     ui.defaultYesNo = false;  // do not process: load and allocate only
-    SetPlatform(ui.AsPlatform());
-    Profile() = BuildProfile{};
-    FormBasePaths(TRACELAB_BIN_DIR, TRACELAB_SHARE_DIR, root.path().string());
-    SeedConfigRoot(TRACELAB_SHARE_DIR, root.path().string());
-    Profile().SetFamily(Family::HX40);
-    Profile().SetVehicle(Vehicle::Car);
-    FormFamilyPaths();
-    ClearCurrentRun(true);
+    test::StartEngine(root, ui, Family::HX40, Vehicle::Car);
     for (int s = 1; s <= 200; ++s)
         if (Catalogue().RunVars[s].Available)
             SetConfig(Paths().TracelabCfgPath, PlainVarName(s), -1);
@@ -97,7 +90,7 @@ void BM_LoadTenHourLongHx40Runs(benchmark::State& state) {
     state.counters["peak_MB"] = peak / 1e6;
     state.counters["peak_ratio"] = final > 0 ? peak / final : 0;
     ClearCurrentRun(true);
-    SetPlatform(Platform{});
+    test::StopEngine();
 }
 BENCHMARK(BM_LoadTenHourLongHx40Runs)->Unit(benchmark::kMillisecond)->Iterations(3);
 

@@ -24,6 +24,7 @@
 #include "core/support.h"
 #include "core/ui_services.h"
 #include "derived/reference_lap.h"
+#include "shell/dialog_rows.h"
 #include "shell/start_forms.h"
 #include "store/catalogue.h"
 #include "store/options_model.h"
@@ -40,23 +41,6 @@ QString Q(const std::string& text) {
 
 std::string S(const QString& text) {
     return text.toStdString();
-}
-
-// The OK and Cancel row of every dialog; Cancel closes with nothing stored.
-QPushButton* AddOkCancel(QDialog* dialog, QBoxLayout* layout, const char* okName,
-                         const char* cancelName = "Cancel") {
-    auto* row = new QHBoxLayout;
-    row->addStretch();
-    auto* ok = new QPushButton(QStringLiteral("OK"));
-    ok->setObjectName(QString::fromUtf8(okName));
-    ok->setDefault(true);
-    auto* cancel = new QPushButton(QStringLiteral("Cancel"));
-    cancel->setObjectName(QString::fromUtf8(cancelName));
-    row->addWidget(ok);
-    row->addWidget(cancel);
-    layout->addLayout(row);
-    QObject::connect(cancel, &QPushButton::clicked, dialog, &QDialog::reject);
-    return ok;
 }
 
 QLineEdit* NumberBox(const QString& name, const std::string& file) {

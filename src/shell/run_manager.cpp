@@ -22,6 +22,7 @@
 #include "files/car_files.h"
 #include "files/csv_export.h"
 #include "files/raw_run_files.h"
+#include "shell/dialog_rows.h"
 #include "store/menu_profile.h"
 #include "store/run_procedures.h"
 #include "store/run_store.h"
@@ -293,23 +294,13 @@ RunDetailsForm::RunDetailsForm(int32_t run, QWidget* parent) : QDialog(parent) {
     layout->addWidget(details, 2);
     layout->addWidget(new QLabel(QStringLiteral("Your comments:")));
     layout->addWidget(user, 1);
-    auto* buttons = new QHBoxLayout;
-    buttons->addStretch();
-    auto* okay = new QPushButton(QStringLiteral("OK"));
-    okay->setObjectName(QStringLiteral("Okay"));
-    okay->setDefault(true);
-    auto* cancel = new QPushButton(QStringLiteral("Cancel"));
-    cancel->setObjectName(QStringLiteral("Cancel"));
-    buttons->addWidget(okay);
-    buttons->addWidget(cancel);
-    layout->addLayout(buttons);
+    QPushButton* okay = AddOkCancel(this, layout, "Okay", "Cancel");
     connect(okay, &QPushButton::clicked, this, [this, run, user] {
         RunStore& store = Store();
         if (run >= 1 && run <= store.RunCount)
             store.RunInfo[run].UserDetails = user->toPlainText().toStdString();
         accept();
     });
-    connect(cancel, &QPushButton::clicked, this, &QDialog::reject);
     resize(520, 420);
 }
 
@@ -331,16 +322,7 @@ AmbientConditionsForm::AmbientConditionsForm(int32_t run, QWidget* parent) : QDi
     QLineEdit* press = field("AmbientPressTxt", "Ambient Pressure [kPa]", shown.pressure);
     auto* layout = new QVBoxLayout(this);
     layout->addLayout(form);
-    auto* buttons = new QHBoxLayout;
-    buttons->addStretch();
-    auto* ok = new QPushButton(QStringLiteral("OK"));
-    ok->setObjectName(QStringLiteral("OkBtn"));
-    ok->setDefault(true);
-    auto* cancel = new QPushButton(QStringLiteral("Cancel"));
-    cancel->setObjectName(QStringLiteral("CancelBtn"));
-    buttons->addWidget(ok);
-    buttons->addWidget(cancel);
-    layout->addLayout(buttons);
+    QPushButton* ok = AddOkCancel(this, layout, "OkBtn", "CancelBtn");
     connect(ok, &QPushButton::clicked, this, [this, run, temp, rh, press] {
         const std::string refusal = SetAmbientConditions(
             run,
@@ -351,7 +333,6 @@ AmbientConditionsForm::AmbientConditionsForm(int32_t run, QWidget* parent) : QDi
         }
         accept();
     });
-    connect(cancel, &QPushButton::clicked, this, &QDialog::reject);
 }
 
 // --- frmTrimRun ---
@@ -371,16 +352,7 @@ TrimRunForm::TrimRunForm(int32_t run, QWidget* parent) : QDialog(parent) {
     layout->addWidget(
         new QLabel(QStringLiteral("Everything outside this time window is removed from the run.")));
     layout->addLayout(form);
-    auto* buttons = new QHBoxLayout;
-    buttons->addStretch();
-    auto* ok = new QPushButton(QStringLiteral("OK"));
-    ok->setObjectName(QStringLiteral("OkBtn"));
-    ok->setDefault(true);
-    auto* cancel = new QPushButton(QStringLiteral("Cancel"));
-    cancel->setObjectName(QStringLiteral("CancelBtn"));
-    buttons->addWidget(ok);
-    buttons->addWidget(cancel);
-    layout->addLayout(buttons);
+    QPushButton* ok = AddOkCancel(this, layout, "OkBtn", "CancelBtn");
     connect(ok, &QPushButton::clicked, this, [this, run, start, end] {
         const TrimResult result =
             tl::TrimRun(run, start->text().toStdString(), end->text().toStdString());
@@ -398,7 +370,6 @@ TrimRunForm::TrimRunForm(int32_t run, QWidget* parent) : QDialog(parent) {
                 return;
         }
     });
-    connect(cancel, &QPushButton::clicked, this, &QDialog::reject);
 }
 
 }  // namespace tl::shell

@@ -33,20 +33,8 @@ class RepeatedRuns : public test::EngineTest {
     // enough to need a fresh sine and cosine), fixes ten times a second
     // with a little noise and a gap of four seconds without fixes.
     Path MakeSession(int runs) {
-        int32_t columns = 0;
-        for (int v = 1; v <= kNoDataSlot; ++v)
-            columns = std::max(columns, Catalogue().RunVars[v].Column + 1);
-        RunStore& s = Store();
-        s.RunData.Reset(runs * kRows + 1, columns);
-        s.RunCount = runs;
-        for (int n = 1; n <= runs; ++n) {
-            RunRecord& r = s.RunInfo[n];
-            r = RunRecord{};
-            r.Name = "lap";
-            r.RunStart = (n - 1) * kRows + 1;
-            r.RunEnd = n * kRows;
-            r.RunLength = kRows;
-        }
+        test::LayOutRuns(runs, kRows, "lap");
+        const RunStore& s = Store();
         Path truth;
         const double straight = 200, radius = 40, hairpin = 8;
         const double lap = 2 * straight + 2 * M_PI * radius;

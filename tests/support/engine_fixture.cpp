@@ -4,9 +4,14 @@
 #include <random>
 #include <sstream>
 
+#include <algorithm>
+
 #include "core/build_profile.h"
+#include "core/config_store.h"
 #include "core/platform.h"
+#include "store/catalogue.h"
 #include "store/run_procedures.h"
+#include "store/run_store.h"
 
 namespace fs = std::filesystem;
 
@@ -35,19 +40,57 @@ TempDir::~TempDir() {
     fs::remove_all(path_, ec);
 }
 
-void EngineTest::SetUp() {
+std::string StartEngine(const TempDir& root, ScriptedPlatform& ui, Family family, Vehicle vehicle) {
     SetPlatform(ui.AsPlatform());
     Profile() = BuildProfile{};
     FormBasePaths(TRACELAB_BIN_DIR, TRACELAB_SHARE_DIR, root.path().string());
     const std::string error = SeedConfigRoot(TRACELAB_SHARE_DIR, root.path().string());
+    if (!error.empty()) return error;
+    Profile().SetFamily(family);
+    Profile().SetVehicle(vehicle);
+    FormFamilyPaths();
+    ClearCurrentRun(true);
+    return {};
+}
+
+void StopEngine() {
+    Profile() = BuildProfile{};
+    SetPlatform(Platform{});
+}
+
+void EnableEveryVariable() {
+    SetAvailableVars();
+    for (int s = 1; s <= 200; ++s)
+        if (Catalogue().RunVars[s].Available && !Catalogue().RunVars[s].Name.empty())
+            SetConfig(Paths().TracelabCfgPath, PlainVarName(s), -1);
+    SetAvailableVars();
+}
+
+void LayOutRuns(int runs, int32_t rows, const std::string& name) {
+    int32_t columns = 0;
+    for (int v = 1; v <= kNoDataSlot; ++v)
+        columns = std::max(columns, Catalogue().RunVars[v].Column + 1);
+    RunStore& s = Store();
+    s.RunData.Reset(runs * rows + 1, columns);
+    s.RunCount = runs;
+    for (int n = 1; n <= runs; ++n) {
+        RunRecord& r = s.RunInfo[n];
+        r = RunRecord{};
+        r.Name = name;
+        r.RunStart = (n - 1) * rows + 1;
+        r.RunEnd = n * rows;
+        r.RunLength = rows;
+    }
+}
+
+void EngineTest::SetUp() {
+    const std::string error = StartEngine(root, ui, Family::HX40, Vehicle::Car);
     ASSERT_TRUE(error.empty()) << error;
-    UseProfile(Family::HX40, Vehicle::Car);
     ui.ClearRecords();
 }
 
 void EngineTest::TearDown() {
-    Profile() = BuildProfile{};
-    SetPlatform(Platform{});
+    StopEngine();
 }
 
 void EngineTest::UseProfile(Family family, Vehicle vehicle) {

@@ -27,6 +27,21 @@ class TempDir {
     std::filesystem::path path_;
 };
 
+// The engine started headless on the configuration root (seeded with the
+// shipped defaults) with the scripted platform, the profile set and the
+// store cleared: what every engine test and benchmark stands on. Returns
+// the seeding error, empty when all went well. StopEngine undoes it.
+std::string StartEngine(const TempDir& root, ScriptedPlatform& ui, Family family, Vehicle vehicle);
+void StopEngine();
+
+// Ticks every available variable in the options file, as "Set All" does,
+// and rebuilds the catalogue.
+void EnableEveryVariable();
+
+// RunData sized for the catalogue and zeroed, holding `runs` runs of `rows`
+// rows back to back from row 1, each named `name`.
+void LayOutRuns(int runs, int32_t rows, const std::string& name);
+
 class EngineTest : public ::testing::Test {
   protected:
     void SetUp() override;
