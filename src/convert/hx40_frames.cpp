@@ -62,6 +62,10 @@ struct NormContext {
     const float* latTable;
     float wheelScale;
     int useWheelForRpm, ignitionPulses;
+    // The engine rate divided by the pulses per turn: a power of two is
+    // taken as a product with its exact reciprocal (the same float, without
+    // a division per frame), any other count as the division itself.
+    float rpmScale;
     int32_t runStart;
     int32_t rowLimit;
 };
@@ -79,7 +83,7 @@ void NormFrames(const NormContext c, int32_t fp, int32_t si, int32_t count,
                 __builtin_prefetch(col + si + 64, 1);
         }
         const uint8_t v3 = c.v3[fp], v8 = c.v8[fp];
-        c.time[si] = static_cast<float>((si - c.runStart) / 100.0);
+        c.time[si] = SecondsOfTicks(si - c.runStart);
         const float digital = (v3 & 128) ? 1.0f : 0.0f;
         if (c.digOn) c.dig[si] = digital;
         c.beacon[si] = digital;
@@ -91,7 +95,8 @@ void NormFrames(const NormContext c, int32_t fp, int32_t si, int32_t count,
         }
         if (c.rpmOn)
             c.rpm[si] =
-                RpmOfFrame(st, fp, v3, c.v6[fp], c.v7[fp], v8, c.useWheelForRpm, c.ignitionPulses);
+                RpmOfFrame(st, fp, v3, c.v6[fp], c.v7[fp], v8, c.useWheelForRpm, c.ignitionPulses) *
+                c.rpmScale;
         if (c.wheelOn) c.wheel[si] = WheelSpeedOfFrame(st, fp, v3, c.v6[fp], v8) * c.wheelScale;
     }
     state = st;
@@ -106,6 +111,7 @@ class Hx40Conversion {
     void ProcessNorm();
     void ProcessGps();
     void Progress();
+    void WriteSatCount(int32_t lastRow);
     bool Writable(int64_t row) const { return row >= 0 && row <= rowLimit_; }
 
     RunRecord& r_;
@@ -146,7 +152,20 @@ class Hx40Conversion {
     std::array<float, 1024> longTable_{}, latTable_{};
     std::string sentence_;
     std::array<std::string, 9> fields_;
+    // The satellite count of the last block, over rows not yet written. Each
+    // block's 220 rows overlap the next block's by more than half, and the
+    // later block wins; writing a block's rows only once the next block shows
+    // where it starts writes every row once.
+    int32_t satFrom_ = 0, satTo_ = -1;
+    float satValue_ = 0;
+    bool satOwnColumn_ = true;
 };
+
+void Hx40Conversion::WriteSatCount(int32_t lastRow) {
+    const int32_t to = std::min(satTo_, lastRow);
+    for (int32_t i = satFrom_; i <= to; ++i) sats_[i] = satValue_;
+    satTo_ = -1;
+}
 
 void Hx40Conversion::Progress() {
     const int32_t i = framePosition_ - r_.RawStart;
@@ -168,7 +187,7 @@ void Hx40Conversion::ProcessNorm() {
     if (!Writable(si)) return;
     const int32_t fp = framePosition_;
     const uint8_t v3 = v_[3][fp], v8 = v_[8][fp];
-    time_[si] = static_cast<float>((si - r_.RunStart) / 100.0);
+    time_[si] = SecondsOfTicks(si - r_.RunStart);
     const float digital = (v3 & 128) ? 1.0f : 0.0f;
     if (digOn_) dig_[si] = digital;
     beacon_[si] = digital;
@@ -264,9 +283,14 @@ void Hx40Conversion::ProcessGps() {
     // overwrites the tail of the last.
     if (sampleIndex_ > r_.RunStart + kGpsLatency && sampleIndex_ < r_.RunEnd - kSatTailRows &&
         satsOn_) {
-        const int32_t a = sampleIndex_ - kSatFillBefore;
-        const int32_t b = std::min(sampleIndex_ + kSatFillAfter, rowLimit_);
-        for (int32_t i = std::max(a, 0); i <= b; ++i) sats_[i] = static_cast<float>(sats);
+        const int32_t a = std::max(sampleIndex_ - kSatFillBefore, 0);
+        WriteSatCount(a - 1);
+        satFrom_ = a;
+        satTo_ = std::min(sampleIndex_ + kSatFillAfter, rowLimit_);
+        satValue_ = static_cast<float>(sats);
+        // A count without a column of its own shares the "*No Data*" column
+        // with the walk's other writes, and is written at once.
+        if (!satOwnColumn_) WriteSatCount(rowLimit_);
     }
     const double sq = double(sats) * double(sats);
     if (gpsStringCount_ < 2) {
@@ -333,6 +357,7 @@ void Hx40Conversion::Run() {
     kph_ = col(slot::SpeedKph);
     mph_ = col(slot::SpeedMph);
     sats_ = col(kSatCount);
+    satOwnColumn_ = sats_ != sink;
     digOn_ = SlotEnabled(kDigital1);
     an1On_ = SlotEnabled(kAnalogue1);
     an2On_ = SlotEnabled(kAnalogue2);
@@ -400,6 +425,11 @@ void Hx40Conversion::Run() {
     ctx.wheelScale = wheelScale_;
     ctx.useWheelForRpm = useWheelForRpm_;
     ctx.ignitionPulses = ignitionPulses_;
+    ctx.rpmScale = 1.0f;
+    if ((ignitionPulses_ & (ignitionPulses_ - 1)) == 0) {
+        ctx.rpmScale = 1.0f / static_cast<float>(ignitionPulses_);
+        ctx.ignitionPulses = 1;
+    }
     ctx.runStart = r_.RunStart;
     ctx.rowLimit = rowLimit_;
     auto blockStarts = [&](int32_t p) { return (v3[p - 1] & 1) && !(v3[p - 8] & 1); };
@@ -439,6 +469,7 @@ void Hx40Conversion::Run() {
         ++sampleIndex_;
     }
     PulseTimers() = timers_;
+    WriteSatCount(rowLimit_);
     if (sampleIndex_ - 1 != r_.RunEnd)
         LogDebug("HX40 conversion ended at row " + std::to_string(sampleIndex_ - 1) +
                  ", the run ends at " + std::to_string(r_.RunEnd));

@@ -2,8 +2,10 @@
 
 #include <algorithm>
 #include <array>
+#include <bit>
 #include <cmath>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "convert/conversion_state.h"
@@ -56,13 +58,86 @@ constexpr int kAccuracyHold = 250;  // rows the accuracy figures are carried for
 int32_t g_timeBase = 0;
 int32_t g_timeCount = 0;
 
+// The sample-and-hold of the conversion pass, a column at a time. Walking
+// the rows one at a time across some forty columns touches every column on
+// every tick, and most of them see no record for long stretches. The held
+// rows are queued instead, as one run of consecutive rows, and a column is
+// brought up to date only when something is about to read or write it (a
+// record of its channel, a GPS record, the end of the pass), so each column
+// is held in one forward sweep. Every column is brought up to date before
+// any access, so each row still takes the value its column had when its
+// tick came.
+class RowHold {
+  public:
+    void Reset(std::vector<float*> columns) {
+        columns_ = std::move(columns);
+        done_.assign(columns_.size(), -1);
+        from_ = 0;
+        to_ = -1;
+    }
+    // The index of a column among the held ones, -1 for one never held.
+    int IndexOf(const float* column) const {
+        const auto it = std::find(columns_.begin(), columns_.end(), column);
+        return it == columns_.end() ? -1 : static_cast<int>(it - columns_.begin());
+    }
+    // Queues the hold of a row; a row that does not follow the queued ones
+    // (the clock stepped) first brings every column up to date.
+    void Add(int32_t row) {
+        if (to_ >= from_ && row == to_ + 1) {
+            to_ = row;
+            return;
+        }
+        FlushAll();
+        from_ = to_ = row;
+        std::fill(done_.begin(), done_.end(), row - 1);
+    }
+    void Flush(int index) {
+        if (index < 0 || done_[index] >= to_) return;
+        float* col = columns_[index];
+        // A row still at zero takes the value of the row before, as that
+        // row stands after its own hold. A zero that already has the bits of
+        // that value is left alone, and after a +0 eight rows of +0 are
+        // passed over in one test: a column the stream never writes is read
+        // quickly and not written at all.
+        float prev = col[done_[index]];
+        for (int32_t row = done_[index] + 1; row <= to_;) {
+            if (std::bit_cast<uint32_t>(prev) == 0 && row + 8 <= to_ + 1) {
+                uint32_t bits = 0;
+                for (int k = 0; k < 8; ++k) bits |= std::bit_cast<uint32_t>(col[row + k]);
+                if (bits == 0) {
+                    row += 8;
+                    continue;
+                }
+            }
+            const float v = col[row];
+            if (v != 0.0f)
+                prev = v;
+            else if (std::bit_cast<uint32_t>(v) != std::bit_cast<uint32_t>(prev))
+                col[row] = prev;
+            ++row;
+        }
+        done_[index] = to_;
+    }
+    void FlushAll() {
+        for (size_t i = 0; i < columns_.size(); ++i) Flush(static_cast<int>(i));
+    }
+
+  private:
+    std::vector<float*> columns_;
+    std::vector<int32_t> done_;  // per column, the last row held
+    int32_t from_ = 0, to_ = -1;
+};
+
 // Where a time step writes: the run's rows, the time column and every
-// column of RunData for the sample-and-hold.
+// column of RunData for the sample-and-hold. With a RowHold the holds are
+// queued there; without, each tick holds every column at once.
 struct TimeTarget {
     int32_t runStart = 0;
     int32_t rowLimit = -1;
     float* time = nullptr;
     std::vector<float*> holdColumns;  // columns 1 to the last
+    RowHold* hold = nullptr;
+    int timeHoldIndex = -1;
 };
 
 TimeTarget MakeTimeTarget(const RunRecord& r) {
@@ -96,7 +171,13 @@ void TimeStep(std::span<const uint8_t> raw, int64_t position, const TimeTarget& 
         sampleIndex = tt.runStart + g_timeCount;
         if (writeTime && rowOk(sampleIndex)) {
             const int32_t si = sampleIndex;
-            tt.time[si] = static_cast<float>(g_timeCount / 100.0);
+            if (tt.hold) {
+                tt.hold->Flush(tt.timeHoldIndex);
+                tt.time[si] = SecondsOfTicks(g_timeCount);
+                if (si > tt.runStart) tt.hold->Add(si);
+                return;
+            }
+            tt.time[si] = SecondsOfTicks(g_timeCount);
             // The sample-and-hold of the whole format: before this tick's
             // channels arrive, every column still at zero takes the value of
             // the row before; the channels then overwrite it.
@@ -111,7 +192,12 @@ void TimeStep(std::span<const uint8_t> raw, int64_t position, const TimeTarget& 
                 }
             }
         }
-    } else if (d < g_timeCount) {
+        return;
+    }
+    // The rare steps below write the time column out of turn: the queued
+    // holds go first.
+    if (writeTime && tt.hold) tt.hold->FlushAll();
+    if (d < g_timeCount) {
         // The logger's clock stepped back or repeated.
         if (d - g_timeCount > -10) {
             g_timeCount = d;
@@ -128,8 +214,7 @@ void TimeStep(std::span<const uint8_t> raw, int64_t position, const TimeTarget& 
                 "to correct for @" +
                 std::to_string(position));
         sampleIndex = tt.runStart + g_timeCount;
-        if (writeTime && rowOk(sampleIndex))
-            tt.time[sampleIndex] = static_cast<float>(g_timeCount / 100.0);
+        if (writeTime && rowOk(sampleIndex)) tt.time[sampleIndex] = SecondsOfTicks(g_timeCount);
     } else {
         if (LoggingOn())
             LogDebug(
@@ -211,14 +296,28 @@ float DecodeFreqLinear(std::span<const uint8_t> raw, int64_t pos) {
     return static_cast<float>(DecodeU24(raw, pos) * 0.001379060159);
 }
 
-bool CheckCheckSumMQ7(std::span<const uint8_t> raw, int64_t position, int64_t length) {
+namespace {
+
+[[gnu::noinline]] void LogCheckError(int64_t position) {
+    if (LogOn()) LogDebug("check error @ " + std::to_string(position));
+}
+
+// CheckCheckSumMQ7, inline: both passes call it on every record.
+inline bool ChecksumHolds(std::span<const uint8_t> raw, int64_t position, int64_t length) {
     const int64_t upper = static_cast<int64_t>(raw.size()) - 1;
     if (position < 0 || length < 2 || !(position + length - 2 < upper)) return false;
+    const uint8_t* const record = raw.data() + position;
     uint32_t sum = 0;
-    for (int64_t i = position; i <= position + length - 2; ++i) sum += raw[i];
-    if ((sum & 255) == raw[position + length - 1]) return true;
-    if (LogOn()) LogDebug("check error @ " + std::to_string(position));
+    for (int64_t i = 0; i <= length - 2; ++i) sum += record[i];
+    if ((sum & 255) == record[length - 1]) return true;
+    LogCheckError(position);
     return false;
+}
+
+}  // namespace
+
+bool CheckCheckSumMQ7(std::span<const uint8_t> raw, int64_t position, int64_t length) {
+    return ChecksumHolds(raw, position, length);
 }
 
 void ManageTimeStep(std::span<const uint8_t> raw, int64_t position, int32_t run,
@@ -262,7 +361,7 @@ StreamScan ScanRawStream(int32_t run, int32_t rawMarkIn, int32_t sampleMarkIn) {
         const int id = raw[position];
         const int len = kLengths[id];
         if (len != 0) {
-            if (CheckCheckSumMQ7(raw, position, len)) {
+            if (ChecksumHolds(raw, position, len)) {
                 ++sc.recordCount;
                 if (id == mq7::TimeIndex) {
                     TimeStep(raw, position, tt, sampleIndex, firstCall, false);
@@ -334,9 +433,17 @@ class StreamConversion {
         return gpsMark_ >= 1 && si_ - gpsMark_ >= 1 && si_ - gpsMark_ <= kGpsWindow &&
                gpsMark_ >= r_.RunStart && gpsMark_ <= rowLimit_;
     }
+    // Each row after the mark takes the value of the row before, so every
+    // one of them ends with the mark's value: they are filled with it, eight
+    // rows a step so that the compiler writes a few wide stores (a fix comes
+    // ten times a second and fills 250 rows twice).
     void CarryForward(float* col) {
         const int32_t last = std::min(gpsMark_ + kAccuracyHold, rowLimit_);
-        for (int32_t i = gpsMark_ + 1; i <= last; ++i) col[i] = col[i - 1];
+        const float v = col[gpsMark_];
+        int32_t i = gpsMark_ + 1;
+        for (; i + 8 <= last + 1; i += 8)
+            for (int k = 0; k < 8; ++k) col[i + k] = v;
+        for (; i <= last; ++i) col[i] = v;
     }
 
     int32_t run_;
@@ -344,6 +451,14 @@ class StreamConversion {
     ConversionState& cs_ = Conversion();
     std::span<const uint8_t> raw_;
     float* col_[202] = {};
+    // The slot's column, brought up to date with the queued holds first:
+    // every access of the pass goes through here or through the time step.
+    float* Col(int slotNumber) {
+        hold_.Flush(holdIndex_[slotNumber]);
+        return col_[slotNumber];
+    }
+    RowHold hold_;
+    int holdIndex_[202] = {};
     int32_t si_ = 0;
     int32_t rowLimit_ = -1;
     int32_t gpsMark_ = -1;
@@ -368,6 +483,9 @@ void StreamConversion::GpsPosition(int64_t pos) {
     double lon = 0, lat = 0;
     float acc = 0;
     DecodeGpsPosition(raw_, pos, lon, lat, acc);
+    Col(kPosAccSlot);
+    Col(slot::PositionX);
+    Col(slot::PositionY);
     const int32_t m = gpsMark_;
     col_[kPosAccSlot][m] = acc;
     if (acc >= 150) return;
@@ -391,6 +509,9 @@ void StreamConversion::GpsPosition(int64_t pos) {
 void StreamConversion::GpsSpeed(int64_t pos) {
     float speed = 0, acc = 0;
     DecodeGpsSpeed(raw_, pos, speed, acc);
+    Col(kSpeedAccSlot);
+    Col(slot::SpeedKph);
+    Col(slot::SpeedMph);
     const int32_t m = gpsMark_;
     col_[kSpeedAccSlot][m] = std::min(acc, 1000.0f);
     if (mq7_ && acc < 1.8f) {
@@ -404,7 +525,8 @@ void StreamConversion::GpsSpeed(int64_t pos) {
 
 void StreamConversion::GpsTime(int64_t pos) {
     double t = ExtractU32(raw_, pos);
-    const float* tow = col_[kTimeOfWeekSlot];
+    Col(slot::Time);
+    const float* tow = Col(kTimeOfWeekSlot);
     int32_t k = gpsMark_;
     while (k > r_.RunStart && tow[k] == 0) --k;
     // The rows' times are read from the slot whose number is the local time
@@ -445,7 +567,12 @@ void StreamConversion::Run() {
         float* c = SlotColumn(slotNumber);
         col_[slotNumber] = c ? c : sink;
     }
-    const TimeTarget tt = MakeTimeTarget(r_);
+    TimeTarget tt = MakeTimeTarget(r_);
+    hold_.Reset(tt.holdColumns);
+    tt.hold = &hold_;
+    tt.timeHoldIndex = hold_.IndexOf(tt.time);
+    for (int slotNumber = 1; slotNumber <= kNoDataSlot; ++slotNumber)
+        holdIndex_[slotNumber] = hold_.IndexOf(col_[slotNumber]);
     mq7_ = Profile().HardwareMQ7;
     pulsesPerRev_ = FindClip(0.1f, GetConfig(Paths().CarCfgPath, "IgntionPulsesRev"), 20.0f);
     gpsMark_ = -1;
@@ -466,7 +593,7 @@ void StreamConversion::Run() {
             ++position;
             continue;
         }
-        if (!CheckCheckSumMQ7(raw_, position, len)) {
+        if (!ChecksumHolds(raw_, position, len)) {
             ++position;
             continue;
         }
@@ -490,8 +617,8 @@ void StreamConversion::Run() {
                 break;
             case mq7::Accelerometer:
                 if (rowOk)
-                    DecodeAccelerometer(raw_, p, col_[slot::AccelLat][si_],
-                                        col_[slot::AccelLong][si_]);
+                    DecodeAccelerometer(raw_, p, Col(slot::AccelLat)[si_],
+                                        Col(slot::AccelLong)[si_]);
                 break;
             case mq7::GpsTimeOfWeek:
                 if (InGpsWindow()) GpsTime(p);
@@ -503,7 +630,7 @@ void StreamConversion::Run() {
                 if (InGpsWindow()) GpsSpeed(p);
                 break;
             case mq7::Beacon:
-                if (rowOk) col_[kBeaconSlot][si_] = static_cast<float>(DecodeDigital(raw_, p));
+                if (rowOk) Col(kBeaconSlot)[si_] = static_cast<float>(DecodeDigital(raw_, p));
                 break;
             case mq7::GpsPulse: {
                 const int on = DecodeDigital(raw_, p);
@@ -513,10 +640,10 @@ void StreamConversion::Run() {
             }
             case mq7::EngineFreq:
                 if (rowOk)
-                    col_[slot::EngineSpeed][si_] = DecodeFreq(raw_, p) * 60.0f / pulsesPerRev_;
+                    Col(slot::EngineSpeed)[si_] = DecodeFreq(raw_, p) * 60.0f / pulsesPerRev_;
                 break;
             case mq7::SerialData:
-                if (rowOk) col_[kSerialBytesSlot][si_] = static_cast<float>(raw_[p]);
+                if (rowOk) Col(kSerialBytesSlot)[si_] = static_cast<float>(raw_[p]);
                 // The jump uses the first serial byte, not the length: logged
                 // files rely on it, and the checksums bring a reader that
                 // lands inside the stream back into step.
@@ -525,20 +652,21 @@ void StreamConversion::Run() {
             case mq7::SpeedLinear:
                 if (rowOk) {
                     const float kph = DecodeFreqLinear(raw_, p);
-                    col_[slot::SpeedKph][si_] = kph;
-                    col_[slot::SpeedMph][si_] = static_cast<float>(kph * 0.621371192);
+                    Col(slot::SpeedKph)[si_] = kph;
+                    Col(slot::SpeedMph)[si_] = static_cast<float>(kph * 0.621371192);
                 }
                 break;
             default:
                 if (id >= 14 && id <= 17) {
-                    if (rowOk) col_[kFrequencySlot1 + id - 14][si_] = DecodeFreq(raw_, p);
+                    if (rowOk) Col(kFrequencySlot1 + id - 14)[si_] = DecodeFreq(raw_, p);
                 } else if (id >= 20 && id <= 27) {
-                    if (rowOk) col_[kAnalogueSlotOfId[id - 20]][si_] = DecodeAdc(raw_, p);
+                    if (rowOk) Col(kAnalogueSlotOfId[id - 20])[si_] = DecodeAdc(raw_, p);
                 }
                 break;
         }
         position += len;
     }
+    hold_.FlushAll();
     if (si_ < r_.RunEnd) {
         LogDebug("the run array hasn't been filed to the end.. so extending time vector " +
                  std::to_string(si_) + "  to  " + std::to_string(r_.RunEnd));

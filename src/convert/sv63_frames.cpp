@@ -57,7 +57,7 @@ void Sv63Conversion::ProcessNorm(int32_t times) {
     for (int32_t k = 0; k < times; ++k, ++sampleIndex_) {
         const int32_t si = sampleIndex_;
         if (si < 0 || si > rowLimit_) continue;
-        if (timeOn_) time_[si] = static_cast<float>((si - r_.RunStart) / 100.0);
+        if (timeOn_) time_[si] = SecondsOfTicks(si - r_.RunStart);
         if (accelOn_) {
             lat_[si] = lat;
             long_[si] = lon;

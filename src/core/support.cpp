@@ -1,5 +1,6 @@
 #include "core/support.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstdio>
 #include <string_view>
@@ -180,7 +181,10 @@ void LinearFilterVar(std::span<float> v, float seconds) {
         sum = sum - v[i - h] + v[i + t];
         result[i] = static_cast<float>(sum / static_cast<double>(w));
     }
-    for (long i = h + 1; i <= upper - t - 1; ++i) v[i] = result[i];
+    // Copied in one block: as a loop of single stores (the compiler cannot
+    // rule out that the two arrays overlap) it took as long as the averaging.
+    if (upper - t - 1 >= h + 1)
+        std::copy(result.begin() + (h + 1), result.begin() + (upper - t), v.begin() + (h + 1));
 }
 
 void QSort(std::span<float> a, int32_t first, int32_t last) {

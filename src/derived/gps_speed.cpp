@@ -39,9 +39,11 @@ void CalcSpeedGPS(int32_t run) {
         // The working rows are indexed as the table's; only the run's rows
         // are read or written, so only those are set.
         thread_local std::vector<float> spdBuf, stepBuf;
+        thread_local std::vector<int32_t> nextBuf;
         if (spdBuf.size() < static_cast<size_t>(end) + 1) {
             spdBuf.resize(static_cast<size_t>(end) + 1);
             stepBuf.resize(static_cast<size_t>(end) + 1);
+            nextBuf.resize(static_cast<size_t>(end) + 1);
         }
         float* spd = spdBuf.data();
         // Each row's change of speed is read by several sections' look-ahead
@@ -58,19 +60,26 @@ void CalcSpeedGPS(int32_t run) {
             LogDebug("can't calculate GPS speed as there is no speed vector enabled");
         }
 
+        // The searches for the next fix and for the fix LookAhead fixes on
+        // only ever read rows after the settled row p, which the sections
+        // have not written yet: they can be answered from the speeds as
+        // loaded. next[i] is the first row from i on that holds a fix, or the
+        // last row when none before it does -- where "step forward while no
+        // fix and before the end" stops.
+        int32_t* const next = nextBuf.data();
+        next[end] = end;
+        for (int32_t i = end - 1; i >= start; --i) next[i] = spd[i] != -1.0f ? i : next[i + 1];
+
         int32_t p = start;
         while (p < end) {
-            int32_t q = p + 1;
-            while (spd[q] == -1.0f && q < end) ++q;
+            const int32_t q = next[p + 1];
             if (log)
                 LogDebug("next GPS speed sample found at " + std::to_string(q) + " of " +
                          std::to_string(spd[q]) + " kph");
             int32_t f = q;
             if (q < end) {
-                for (int n = 0; n < lookAhead; ++n) {
-                    if (f < end) ++f;
-                    while (spd[f] == -1.0f && f < end) ++f;
-                }
+                for (int n = 0; n < lookAhead; ++n)
+                    if (f < end) f = next[f + 1];
                 if (log) LogDebug("Future sample: " + std::to_string(f));
                 if (f == end) {
                     while (spd[f] == -1.0f && f > start) --f;

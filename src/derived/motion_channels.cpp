@@ -262,15 +262,30 @@ void CalculateHeadingVariables(int32_t run) {
         if (!head || !rate || !rad || !lean) return;
         const bool onH = SlotEnabled(kHeading), onR = SlotEnabled(kHeadingRate),
                    onRad = SlotEnabled(kRadius), onL = SlotEnabled(kLean);
-        for (int32_t i = rows.first; i <= rows.last; ++i) {
-            const int32_t k = i - rows.first;
-            const float v = spd[i] / 3600.0f * 1000.0f;
-            const float r = dH[k] != 0.0f ? FindMin(std::fabs(v / dH[k]), 2000.0f) : 2000.0f;
-            const float l = r != 0.0f ? Atan2(v * dH[k], -9.80665f) - 3.141592654f : 0.0f;
-            if (onH) head[i] = H[k] / 3.141592654f * 180.0f;
-            if (onR) rate[i] = dH[k] / 3.141592654f * 180.0f;
-            if (onRad) rad[i] = r;
-            if (onL) lean[i] = l / 3.141592654f * 180.0f;
+        const int32_t first = rows.first;
+        if (onH)
+            for (int32_t k = 0; k <= n; ++k) head[first + k] = H[k] / 3.141592654f * 180.0f;
+        if (onR)
+            for (int32_t k = 0; k <= n; ++k) rate[first + k] = dH[k] / 3.141592654f * 180.0f;
+        // Radius and lean only when shown: the lean's arc tangent was a good
+        // part of the stage, and a car or kart has no lean slot at all.
+        if (!onRad && !onL) return;
+        for (int32_t k = 0; k <= n; ++k) {
+            const float v = spd[first + k] / 3600.0f * 1000.0f;
+            // FindMin and Atan2 written out: with x fixed at -9.80665 the
+            // angle atan(y / x) + pi is always within 0 to 2 pi, so Atan2's
+            // wrapping never applies and the result is the same float.
+            float r = 2000.0f;
+            if (dH[k] != 0.0f) {
+                const float q = std::fabs(v / dH[k]);
+                r = q < 2000.0f ? q : 2000.0f;
+            }
+            if (onRad) rad[first + k] = r;
+            if (onL) {
+                const float l =
+                    r != 0.0f ? (std::atan(v * dH[k] / -9.80665f) + kPi) - 3.141592654f : 0.0f;
+                lean[first + k] = l / 3.141592654f * 180.0f;
+            }
         }
     });
 }

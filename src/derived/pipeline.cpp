@@ -6,6 +6,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <string>
+#include <unordered_map>
 #include <vector>
 
 #include "convert/accel_channels.h"
@@ -98,6 +100,30 @@ void WheelSpeedMapping(int32_t run, bool gpsSpeedForWheel) {
     if (exchange && wheel) std::copy(saved.begin(), saved.end(), wheel + rows.first);
 }
 
+// The options of one file as GetConfig reads them, the file read once: the two
+// filter passes look up three keys for each of up to 200 variables, and
+// reading and splitting the whole options file for every key was most of
+// their time. The first record of a key wins, as in GetConfig. An absent file
+// is left to GetConfig key by key, for its message and its new empty file.
+class ConfigSnapshot {
+  public:
+    explicit ConfigSnapshot(const std::string& file) : file_(file), present_(FileExists(file)) {
+        if (!present_) return;
+        for (const auto& [key, text] : ReadConfigRecords(file))
+            values_.try_emplace(key, static_cast<float>(GetVal_NI(text)));
+    }
+    float Get(const std::string& key) const {
+        if (!present_) return GetConfig(file_, key);
+        const auto it = values_.find(key);
+        return it == values_.end() ? 0.0f : it->second;
+    }
+
+  private:
+    std::string file_;
+    bool present_;
+    std::unordered_map<std::string, float> values_;
+};
+
 }  // namespace
 
 void ProcessDerivedVariables(int32_t run) {
@@ -163,13 +189,13 @@ void ProcessDerivedVariables(int32_t run) {
 
 void SmartFilterVariables(int32_t run) {
     Procedure("SmartFilterVariables", [&] {
-        const std::string& cfg = Paths().TracelabCfgPath;
+        const ConfigSnapshot cfg(Paths().TracelabCfgPath);
         const auto& vars = Catalogue().RunVars;
         for (int s = 2; s <= kNoDataSlot; ++s) {
             if (!vars[s].Enabled) continue;
-            const float rate = GetConfig(cfg, "RateFilt_" + vars[s].Name);
-            const float minimum = GetConfig(cfg, "MinPos_" + vars[s].Name);
-            const float maximum = GetConfig(cfg, "MaxPos_" + vars[s].Name);
+            const float rate = cfg.Get("RateFilt_" + vars[s].Name);
+            const float minimum = cfg.Get("MinPos_" + vars[s].Name);
+            const float maximum = cfg.Get("MaxPos_" + vars[s].Name);
             if (rate > 0.0f && maximum > minimum)
                 IntelligentRocFilter(run, vars[s].Column, rate, minimum, maximum);
         }
@@ -213,11 +239,11 @@ int IntelligentRocFilter(int32_t run, int32_t column, float rate, float minimum,
 
 void LinearFilterVariables(int32_t run) {
     Procedure("LinearFilterVariables", [&] {
-        const std::string& cfg = Paths().TracelabCfgPath;
+        const ConfigSnapshot cfg(Paths().TracelabCfgPath);
         const auto& vars = Catalogue().RunVars;
         for (int s = 2; s <= kNoDataSlot; ++s) {
             if (!vars[s].Enabled) continue;
-            const float tc = GetConfig(cfg, "TimeFilt_" + vars[s].Name);
+            const float tc = cfg.Get("TimeFilt_" + vars[s].Name);
             if (tc > 0.0f) {
                 DispProg("Linear Filter: " + vars[s].Name);
                 LinearFilterVar(run, vars[s].Column, tc);
@@ -246,7 +272,10 @@ void LinearFilterVar(int32_t run, int32_t column, float timeConstant) {
             sum = sum - v[i - before] + v[i + after];
             tmp[i] = static_cast<float>(sum / n);
         }
-        for (int32_t i = rows.first + before + 1; i <= rows.last - after - 1; ++i) v[i] = tmp[i];
+        // One block copy rather than a loop of single stores, which the
+        // compiler has to keep as they are (the arrays might overlap).
+        const int32_t from = rows.first + before + 1, to = rows.last - after - 1;
+        if (to >= from) std::copy(tmp.begin() + from, tmp.begin() + to + 1, v + from);
     });
 }
 

@@ -14,6 +14,7 @@
 #include "core/log.h"
 #include "core/support.h"
 #include "derived/derived_common.h"
+#include "derived/path_series.h"
 #include "derived/pipeline.h"
 
 namespace tl {
@@ -28,8 +29,11 @@ int CalcCourse(float latAccel, float speed, float& x, float& y, float& heading,
     if (a > limit) a = limit;
     heading = heading + a / v / 100.0f;
     const float step = v * distMultiplier / 100.0f;
-    x = x + step * std::sin(heading);
-    y = y + step * std::cos(heading);
+    // Read once, so that the compiler may take the sine and cosine in one
+    // call (glibc's sincosf gives sinf's and cosf's values to the bit).
+    const float h = heading;
+    x = x + step * std::sin(h);
+    y = y + step * std::cos(h);
     return 0;
 }
 
@@ -59,35 +63,32 @@ class GpsMapper {
 
   private:
     bool Fix(int32_t i) const { return x_[i] != 0.0f || y_[i] != 0.0f; }
-    // Runs two paths from row s to row e, each from Heading with its own
-    // offset o and multiplier m, and gives their chords from row s's
-    // position; the first one sets WorkHeading. This is CalcCourse row after
-    // row, with the speed terms of each row worked out once per run and the
-    // sine and cosine of the heading carried by rotation through the small
-    // turn of each row (a fresh sine and cosine after a large one): the fit
-    // runs tens of millions of rows per run, and the carried values agree
-    // with a fresh sine and cosine to a few parts in a million over a window.
-    // Heading itself is summed row by row exactly as CalcCourse sums it.
-    //
-    // A row's turn, the sine and cosine of a small turn and the step depend
-    // on the row and the path's parameters only, not on the path so far:
-    // they are worked out first for the whole window, in a loop that carries
-    // nothing from row to row (so the compiler runs it several rows at a
-    // time, the three divisions of each row included). The walk then only
-    // adds and rotates, and since each row of a walk waits on the row before,
-    // the two walks go side by side. The fit pairs each path with the probe
-    // of the round after it, which starts from the same parameters.
-    //
-    // Every fit opens with the same pair (offset 0 and multiplier 1, and its
-    // probe): their row terms are worked out once for the whole run, with a
-    // count of the rows before each that need the tests, so that a window's
-    // need is read off in two looks.
-    struct Terms {
-        const float* turn;
-        const float* sinTurn;
-        const float* cosTurn;
-        const float* step;
-    };
+    // The chords of a path and of its probe. Each round of a fit asks for a
+    // path and the probe of the round after it, which starts from the same
+    // parameters; a round's parameters are the offset o and the multiplier m.
+    // The power series of the window gives them at the cost of a few terms
+    // (see derived/path_series.h); where it doesn't hold, the paths are run
+    // row by row.
+    void PathPair(int32_t s, int32_t e, float o, float m, float probeO, float probeM, Chord& path,
+                  Chord& probe) {
+        float dx, dy, h, probeDx, probeDy, probeH;
+        if (seriesOk_ && series_.End(o, m, dx, dy, h) &&
+            series_.End(probeO, probeM, probeDx, probeDy, probeH)) {
+            path = ChordOf(dx, dy);
+            probe = ChordOf(probeDx, probeDy);
+            workHeading_ = h;
+            return;
+        }
+        RunPathPair(s, e, o, m, probeO, probeM, path, probe);
+    }
+    // Row by row: the two walks from Heading go side by side, each row's turn,
+    // the sine and cosine of a small turn and the step worked out first for
+    // the whole window in a loop that carries nothing from row to row (so the
+    // compiler runs it several rows at a time). The sine and cosine of the
+    // heading are carried by rotation through each row's small turn (a fresh
+    // sine and cosine after a large one); they agree with a fresh sine and
+    // cosine to a few parts in a million over a window. Heading itself is
+    // summed row by row exactly as CalcCourse sums it.
     void RunPathPair(int32_t s, int32_t e, float o, float m, float probeO, float probeM,
                      Chord& path, Chord& probe) {
         const size_t n = static_cast<size_t>(e - s + 1);
@@ -101,37 +102,12 @@ class GpsMapper {
         Walk(s, n, {t, t + n, t + 2 * n, t + 3 * n}, {t + 4 * n, t + 5 * n, t + 6 * n, t + 7 * n},
              plainA && plainB, path, probe);
     }
-    // The opening pair of a fit: offset 0 and multiplier 1, and its probe.
-    void RunOpeningPair(int32_t s, int32_t e, Chord& path, Chord& probe) {
-        const size_t n = static_cast<size_t>(e - s + 1);
-        const size_t k = static_cast<size_t>(s - rows_.first);
-        const float* t = opening_.data();
-        const size_t rows = RunRows();
-        auto at = [&](int column) { return t + column * rows + k; };
-        Walk(s, n, {at(0), at(1), at(2), at(3)}, {at(4), at(5), at(6), at(7)},
-             testsBefore_[k + n] == testsBefore_[k], path, probe);
-    }
-    size_t RunRows() const { return static_cast<size_t>(rows_.last - rows_.first) + 1; }
-    void PrepareOpening() {
-        const size_t rows = RunRows();
-        opening_.resize(8 * rows);
-        testsBefore_.resize(rows + 1);
-        float* t = opening_.data();
-        const float o = 0.0f, m = 1.0f;
-        PrepareRows(rows_.first, rows, o, m, t, t + rows, t + 2 * rows, t + 3 * rows);
-        PrepareRows(rows_.first, rows, o + 0.0001f, m * 1.05f, t + 4 * rows, t + 5 * rows,
-                    t + 6 * rows, t + 7 * rows);
-        const float* turnA = t;
-        const float* turnB = t + 4 * rows;
-        const float* spd = spd_ + rows_.first;
-        int32_t count = 0;
-        for (size_t k = 0; k < rows; ++k) {
-            testsBefore_[k] = count;
-            count += !(spd[k] > 0.0f) || !(std::fabs(turnA[k]) < 0.05f) ||
-                     !(std::fabs(turnB[k]) < 0.05f);
-        }
-        testsBefore_[rows] = count;
-    }
+    struct Terms {
+        const float* turn;
+        const float* sinTurn;
+        const float* cosTurn;
+        const float* step;
+    };
     void Walk(int32_t s, size_t n, Terms a, Terms b, bool plain, Chord& path, Chord& probe) {
         const float *turnA = a.turn, *sinA = a.sinTurn, *cosA = a.cosTurn, *stepA = a.step;
         const float *turnB = b.turn, *sinB = b.sinTurn, *cosB = b.cosTurn, *stepB = b.step;
@@ -197,8 +173,8 @@ class GpsMapper {
                      float* __restrict step) const {
         const float* __restrict lat = lat_ + s;
         const float* __restrict spd = spd_ + s;
-        const float* __restrict v = v_.data() + (s - rows_.first);
-        const float* __restrict limit = limit_.data() + (s - rows_.first);
+        const float* __restrict v = v_ + (s - rows_.first);
+        const float* __restrict limit = limit_ + (s - rows_.first);
         int exceptions = 0;
         for (size_t k = 0; k < n; ++k) {
             float a = (lat[k] + o) * 9.80665f;
@@ -237,19 +213,24 @@ class GpsMapper {
     int32_t FitSection(int32_t s, int32_t e);
 
     derived::RunRows rows_;
-    // Per row of the run, from its first: speed in m/s and the turn limit
-    // v^2 / 3, as CalcCourse forms them. Kept from run to run, as is the
-    // room for the row terms of two paths over a window.
-    std::vector<float>& v_ = Scratch(0);
-    std::vector<float>& limit_ = Scratch(1);
-    std::vector<float>& terms_ = Scratch(2);
-    std::vector<float>& opening_ = Scratch(3);
-    std::vector<int32_t> testsBefore_;
-    bool openingTables_ = false;
-    static std::vector<float>& Scratch(int k) {
-        thread_local std::vector<float> buffers[4];
-        return buffers[k];
+    // The run's tables and the current window's sums of the series, with
+    // each row's speed in m/s and turn limit; and room for the row terms of
+    // two paths over a window. Kept from run to run.
+    struct Scratch {
+        derived::PathSeries series;
+        std::vector<float> terms;
+    };
+    static Scratch& Kept() {
+        thread_local Scratch scratch;
+        return scratch;
     }
+    derived::PathSeries& series_ = Kept().series;
+    std::vector<float>& terms_ = Kept().terms;
+    const float* v_ = nullptr;
+    const float* limit_ = nullptr;
+    // Whether the series serves the run, and the current window.
+    bool seriesRun_ = false;
+    bool seriesOk_ = false;
     float* x_ = nullptr;
     float* y_ = nullptr;
     const float* lat_ = nullptr;
@@ -271,10 +252,9 @@ int32_t GpsMapper::FitSection(int32_t s, int32_t e) {
     // Each round's probe is taken with the path before it (see RunPathPair);
     // the last one goes unused.
     Chord path, probe;
-    if (openingTables_)
-        RunOpeningPair(s, e, path, probe);
-    else
-        RunPathPair(s, e, latOffset, distMult, latOffset + 0.0001f, distMult * 1.05f, path, probe);
+    seriesOk_ = seriesRun_ && series_.PrepareWindow(static_cast<size_t>(s - start),
+                                                    static_cast<size_t>(e - s + 1), heading_);
+    PathPair(s, e, latOffset, distMult, latOffset + 0.0001f, distMult * 1.05f, path, probe);
     float headErr = WrapPi(path.bearing - target.bearing);
     float distErr = path.length - target.length;
     int16_t count = 0;
@@ -293,7 +273,7 @@ int32_t GpsMapper::FitSection(int32_t s, int32_t e) {
         float multStep = distSens != 0.0f ? distErr * 0.05f / distSens : 0.0f;
         multStep = multStep * 0.35f;
         distMult = distMult + multStep;
-        RunPathPair(s, e, latOffset, distMult, latOffset + 0.0001f, distMult * 1.05f, path, probe);
+        PathPair(s, e, latOffset, distMult, latOffset + 0.0001f, distMult * 1.05f, path, probe);
         headErr = WrapPi(path.bearing - target.bearing);
         // From the second test on the loop's end condition sees the change of
         // bearing between rounds here; the body recomputes it before use.
@@ -351,18 +331,12 @@ void GpsMapper::Run() {
     if (!x_ || !y_ || !lat_ || !spd_) return;
     log_ = LogOn();
     const size_t rows = static_cast<size_t>(rows_.last - rows_.first) + 1;
-    if (v_.size() < rows) {
-        v_.resize(rows);
-        limit_.resize(rows);
-    }
-    for (size_t k = 0; k < rows; ++k) {
-        v_[k] = spd_[rows_.first + k] / 3600.0f * 1000.0f;
-        limit_[k] = v_[k] * v_[k] / 3.0f;
-    }
-    // The tables hold while the map is drawn, unless disabled slots make the
+    series_.PrepareRun(lat_ + rows_.first, spd_ + rows_.first, rows);
+    v_ = series_.Speed();
+    limit_ = series_.Limit();
+    // The series holds while the map is drawn, unless disabled slots make the
     // acceleration or the speed share the positions' column.
-    openingTables_ = lat_ != x_ && lat_ != y_ && spd_ != x_ && spd_ != y_;
-    if (openingTables_) PrepareOpening();
+    seriesRun_ = lat_ != x_ && lat_ != y_ && spd_ != x_ && spd_ != y_;
     const std::string& cfg = Paths().TracelabCfgPath;
     trustAccels_ = static_cast<int>(GetConfig(cfg, "TrustAccels")) != 0;
     raw_ = GetConfig(cfg, "UseRawGPSData") == 1.0f;

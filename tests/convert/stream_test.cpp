@@ -1,6 +1,8 @@
 // The MQ7/SW63 record stream, built record by record as the logger writes it.
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <bit>
 #include <cmath>
 #include <random>
 #include <vector>
@@ -269,6 +271,101 @@ TEST_F(Stream, TrimLookupAndSw63) {
     ConvertRawToRunData_MQ7(1);
     EXPECT_FLOAT_EQ(Row(slot::SpeedKph, 101), -1.0f);  // no GPS speed on this family
     EXPECT_TRUE(Conversion().OriginSet);
+}
+
+// The conversion brings each column up to date with the sample-and-hold only
+// when it is next used; the result must be what holding every column at every
+// tick gives. The reference walks the same stream with ManageTimeStep (which
+// holds at once) and writes the channels itself. The stream has what makes
+// the hold subtle: channels at irregular ticks, zeros and negative zeros
+// among the values, a clock that steps back, repairs a gap and finally jumps
+// too far, disabled slots sharing the "*No Data*" column, and rows that hold
+// values from before the conversion.
+TEST_F(Stream, DeferredHoldMatchesHoldingEveryTick) {
+    UseProfile(Family::SW63, Vehicle::Car);  // no formula wheel speed after the walk
+    test::EnableAllVariables();
+    for (int slotNumber : {30, 33, 39})
+        SetConfig(Paths().TracelabCfgPath, PlainVarName(slotNumber), 0);
+    SetAvailableVars();
+    ASSERT_EQ(ColumnOf(30), ColumnOf(kNoDataSlot));
+    ASSERT_EQ(ColumnOf(39), ColumnOf(kNoDataSlot));
+
+    std::mt19937 rng(11);
+    StreamBuilder s;
+    uint32_t t = 1;
+    for (int k = 0; k < 3000; ++k) {
+        if (k == 700 || k == 1500) t -= 4;  // steps back: rows are held again
+        if (k == 1100) t += 5;              // repaired: rows added without a hold
+        if (k == 2900) t += 12;             // too far: no hold for the rest
+        s.Tick(t++);
+        if (rng() % 3 != 0) {
+            // 0x00 0x00 reads as -0 g.
+            const uint8_t hi = (rng() % 4 == 0) ? 0 : static_cast<uint8_t>(rng());
+            s.Rec(8, {hi, static_cast<uint8_t>(hi ? rng() : 0), static_cast<uint8_t>(rng()), 0});
+        }
+        if (rng() % 5 == 0) {
+            const uint8_t mv = (rng() % 3 == 0) ? 0 : static_cast<uint8_t>(rng());
+            s.Rec(20 + static_cast<int>(rng() % 8), {0, mv});
+        }
+        if (rng() % 7 == 0)
+            s.Rec(14 + static_cast<int>(rng() % 4),
+                  StreamBuilder::U24((rng() % 4 == 0) ? 0 : 1000 + rng() % 60000));
+    }
+    test::LoadStreamRun(s.b);
+    const RunRecord& r = test::Run1();
+    RunArray& rd = Store().RunData;
+    const int32_t rowLimit = std::min(r.RunEnd, rd.UpperRow());
+    ASSERT_GT(rowLimit - r.RunStart, 2000);
+
+    // Values left in the rows before the conversion: mostly zero.
+    auto prefill = [&] {
+        std::mt19937 fill(5);
+        for (int32_t c = 0; c < rd.Columns(); ++c) {
+            auto col = rd.Column(c);
+            for (int32_t i = r.RunStart; i <= rowLimit && i < int32_t(col.size()); ++i) {
+                const uint32_t x = fill() % 40;
+                col[i] = x == 0 ? 2.5f : x == 1 ? -0.0f : 0.0f;
+            }
+        }
+    };
+    auto snapshot = [&] {
+        std::vector<std::vector<uint32_t>> bits;
+        for (int32_t c = 0; c < rd.Columns(); ++c) {
+            bits.emplace_back();
+            for (float v : rd.Column(c)) bits.back().push_back(std::bit_cast<uint32_t>(v));
+        }
+        return bits;
+    };
+
+    prefill();
+    const std::span<const uint8_t> raw(s.b);
+    int32_t si = r.RunStart, firstCall = -1;
+    for (int64_t pos = 0; pos < r.RawEnd;) {
+        const int id = raw[pos];
+        const bool rowOk = si >= r.RunStart && si <= rowLimit;
+        auto at = [&](int slotNumber) -> float& { return rd(si, ColumnOf(slotNumber)); };
+        if (id == mq7::TimeIndex) {
+            ManageTimeStep(raw, pos, 1, si, firstCall, true);
+        } else if (rowOk && id == mq7::Accelerometer) {
+            DecodeAccelerometer(raw, pos + 1, at(slot::AccelLat), at(slot::AccelLong));
+        } else if (rowOk && id >= 14 && id <= 17) {
+            at(38 + id - 14) = DecodeFreq(raw, pos + 1);
+        } else if (rowOk && id >= 20 && id <= 27) {
+            constexpr int kAnalogueSlot[8] = {36, 34, 35, 33, 32, 30, 31, 29};
+            at(kAnalogueSlot[id - 20]) = DecodeAdc(raw, pos + 1);
+        }
+        pos += Mq7RecordLength(id);
+    }
+    for (int32_t i = std::max(si + 1, r.RunStart); i <= rowLimit; ++i)
+        rd(i, ColumnOf(slot::Time)) = static_cast<float>((i - r.RunStart - 1) / 100.0);
+    const auto expected = snapshot();
+
+    prefill();
+    ConvertRawToRunData_MQ7(1);
+    const auto got = snapshot();
+    for (int32_t c = 0; c < rd.Columns(); ++c)
+        for (size_t i = 0; i < got[c].size(); ++i)
+            ASSERT_EQ(got[c][i], expected[c][i]) << "column " << c << " row " << i;
 }
 
 // The trim finds a stream run's window through the scan: the rows kept are

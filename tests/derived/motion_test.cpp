@@ -2,7 +2,9 @@
 // sections, distance units by mode, power limits and torque, gears.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
+#include <vector>
 
 #include "core/config_store.h"
 #include "derived/pipeline.h"
@@ -87,6 +89,80 @@ TEST_F(Stages, GpsSpeedPullsTowardsLaterFixes) {
     }
     CalcSpeedGPS(1);
     for (int32_t i = 100; i <= 2800; i += 37) EXPECT_NEAR(V(i, slot::SpeedKph), 100.0f, 0.5f) << i;
+}
+
+// The section walk of CalcSpeedGPS written out plainly, row by row, with its
+// own searches: the stage answers the searches from a table and must walk
+// the same sections.
+std::vector<float> GpsSpeedByTheWalk(std::vector<float> spd, const std::vector<float>& acc,
+                                     int lookAhead) {
+    const int32_t start = 1, end = static_cast<int32_t>(spd.size()) - 1;
+    auto step = [&](int32_t i) { return acc[i] * 9.80665f / 100.0f / 1000.0f * 3600.0f; };
+    int32_t p = start;
+    while (p < end) {
+        int32_t q = p + 1;
+        while (spd[q] == -1.0f && q < end) ++q;
+        int32_t f = q;
+        if (q < end) {
+            for (int n = 0; n < lookAhead; ++n) {
+                if (f < end) ++f;
+                while (spd[f] == -1.0f && f < end) ++f;
+            }
+            if (f == end)
+                while (spd[f] == -1.0f && f > start) --f;
+        }
+        if (q == end) {
+            if (spd[p] == -1.0f) spd[p] = 0.0f;
+            for (int32_t i = p; i < end; ++i) spd[i + 1] = spd[i] + step(i);
+            p = end;
+        } else if (p == start) {
+            for (int32_t i = q; i > p; --i) spd[i - 1] = spd[i] - step(i);
+            p = q;
+        } else {
+            float t = spd[p];
+            for (int32_t i = p; i <= f; ++i) t += step(i);
+            float c = f > p ? (t - spd[f]) / static_cast<float>(f - p) : 0.0f;
+            c = std::max(std::min(c, 10.0f), -10.0f);
+            bool negative = false;
+            for (int32_t i = p; i < q; ++i) {
+                spd[i + 1] = spd[i] + step(i) - c;
+                negative = negative || spd[i + 1] < 0.0f;
+            }
+            if (negative)
+                for (int32_t i = p; i < q; ++i) spd[i + 1] = std::max(spd[i] + step(i), 0.0f);
+            p = q;
+        }
+    }
+    for (float& v : spd) v = std::max(v, 0.0f);
+    return spd;
+}
+
+TEST_F(Stages, GpsSpeedWalksIrregularFixesAsDocumented) {
+    // Fixes at uneven gaps (runs of consecutive fixes, long dropouts), a
+    // braking stretch that dips below zero, and fewer fixes than the look-
+    // ahead at the end: the last sections back-track to the last fix.
+    const int32_t n = 3000;
+    MakeRun(n);
+    std::vector<float> spd(n + 1, -1.0f), acc(n + 1, 0.0f);
+    uint32_t seed = 12345;
+    auto next = [&] { return (seed = seed * 1103515245u + 12345u) >> 16; };
+    for (int32_t i = 5; i < n - 60;) {
+        spd[i] = 20.0f + static_cast<float>(next() % 6000) / 100.0f;
+        i += next() % 5 == 0 ? 1 : 1 + static_cast<int32_t>(next() % 60);
+    }
+    spd[n - 40] = 35.0f;  // the last fix, 40 rows before the end
+    for (int32_t i = 1; i <= n; ++i)
+        acc[i] = (i > 1200 && i < 1300 ? -1.5f : 0.2f) + static_cast<float>(next() % 100) / 500.0f;
+    for (int32_t i = 1; i <= n; ++i) {
+        V(i, slot::SpeedKph) = spd[i];
+        V(i, slot::AccelLong) = acc[i];
+    }
+    const std::vector<float> expected = GpsSpeedByTheWalk(spd, acc, 8);  // HX40 looks 8 ahead
+    CalcSpeedGPS(1);
+    for (int32_t i = 1; i <= n; ++i) {
+        ASSERT_EQ(V(i, slot::SpeedKph), expected[i]) << "row " << i;
+        ASSERT_EQ(V(i, slot::SpeedMph), expected[i] * 0.621371192f) << "row " << i;
+    }
 }
 
 TEST_F(Stages, DistanceFeetDependOnTheMode) {
@@ -204,6 +280,23 @@ TEST_F(Stages, HeadingRisesPastOneTurnOnACircle) {
     EXPECT_NEAR(V(2000, 48), 0.5 / 3.141592654 * 180, 0.5);  // deg per second
     EXPECT_NEAR(V(2000, 49), 20.0f, 0.5f);                   // radius
     EXPECT_NEAR(std::fabs(V(2000, 50)), std::atan(10.0 * 0.5 / 9.80665) * 180 / 3.141592654, 0.5);
+}
+
+TEST_F(Stages, RadiusWithoutALeanSlot) {
+    ASSERT_FALSE(Catalogue().RunVars[50].Enabled);  // a car has no lean angle
+    const int32_t n = 2000;
+    MakeRun(n);
+    // 50 m radius at 72 kph, anticlockwise: 0.4 rad/s.
+    for (int32_t i = 1; i <= n; ++i) {
+        const double a = (i - 1) * 0.01 * 20.0 / 50.0;
+        V(i, slot::PositionX) = static_cast<float>(-50 * std::sin(a));
+        V(i, slot::PositionY) = static_cast<float>(50 * std::cos(a));
+        V(i, slot::SpeedKph) = 72;
+    }
+    CalculateHeadingVariables(1);
+    EXPECT_LT(V(n - 200, 47), -360.0f);  // past a whole turn, downwards
+    EXPECT_NEAR(V(1000, 48), -0.4 / 3.141592654 * 180, 0.5);
+    EXPECT_NEAR(V(1000, 49), 50.0f, 1.0f);
 }
 
 }  // namespace
