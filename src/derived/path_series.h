@@ -17,16 +17,17 @@
 //
 // (and dy with cos): a series whose coefficients are sums over the window of
 // the plain path's step times the sine and cosine of its heading and powers
-// of W. They are worked out once per window, and then every round's chords
-// cost a few terms. The plain path's heading at every row of the run is
-// worked out once per run.
+// of W. They are worked out once per window (mostly by carrying over the
+// last window's, which the next fit's window largely shares), and then every
+// round's chords cost a few terms. The plain path's heading at every row of
+// the run is worked out once per run.
 //
 // This holds while no row's acceleration reaches the turn limit v^2 / 3 of
 // CalcCourse (there the turn stops following o), every row moves, and o * W
 // stays small enough for the terms kept; End says when it doesn't, and the
 // caller then runs the path row by row. The series agrees with CalcCourse's
-// single-precision walk to well under a millimetre over a window; the two
-// differ only by the walk's own rounding.
+// single-precision walk within a millimetre over a window of a few hundred
+// metres, which is the walk's own rounding; a fit stops at half a metre.
 #pragma once
 
 #include <cstddef>
