@@ -222,7 +222,7 @@ void ProcessAccels(int32_t run) {
             rollFactor = GetConfig(car, "Car" + r.CarFile + "RollFactor");
             tiltFactor = GetConfig(car, "Car" + r.CarFile + "TiltFactor");
         }
-        const int reverse = static_cast<int>(GetConfig(car, "ReverseAccels"));
+        const int reverse = GetConfigInt(car, "ReverseAccels");
         const float autoZero = GetConfig(car, "AutoZeroAccelerometers");
         double latOffset = 0, longOffset = 0;
         if (autoZero == 0) {

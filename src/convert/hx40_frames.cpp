@@ -313,10 +313,10 @@ void Hx40Conversion::Run() {
     const std::string& car = Paths().CarCfgPath;
     analogue1Span_ = (r_.HeaderBytes[4] & 32) ? 12.0f : 5.0f;
     analogue2Span_ = (r_.HeaderBytes[4] & 64) ? 12.0f : 5.0f;
-    useWheelForRpm_ = static_cast<int>(GetConfig(car, "UseWheelForRpm"));
-    ignitionPulses_ = static_cast<int>(GetConfig(car, "IgntionPulsesRev"));
+    useWheelForRpm_ = GetConfigInt(car, "UseWheelForRpm");
+    ignitionPulses_ = GetConfigInt(car, "IgntionPulsesRev");
     if (ignitionPulses_ <= 0) ignitionPulses_ = 1;
-    wheelPulses_ = static_cast<int>(GetConfig(car, "WheelPulsesRev"));
+    wheelPulses_ = GetConfigInt(car, "WheelPulsesRev");
     if (wheelPulses_ < 1) wheelPulses_ = 1;
     rollingCirc_ = GetConfig(car, "DrivenRollingCircVal");
     wheelScale_ = static_cast<float>(1.0 / wheelPulses_ * rollingCirc_ * 3600 / 1000);

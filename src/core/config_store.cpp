@@ -8,6 +8,7 @@
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
+#include <limits>
 #include <random>
 #include <sstream>
 
@@ -159,6 +160,14 @@ std::string GetConfigString(const std::string& file, const std::string& key) {
         LogDebug("Get config string from: " + file + " : " + key + "=" + value);
         return value;
     });
+}
+
+int GetConfigInt(const std::string& file, const std::string& key) {
+    const float value = GetConfig(file, key);
+    if (!(value == value)) return 0;
+    if (value >= 2147483648.0f) return std::numeric_limits<int>::max();
+    if (value < -2147483648.0f) return std::numeric_limits<int>::min();
+    return static_cast<int>(value);
 }
 
 void SetConfig(const std::string& file, const std::string& key, float value) {

@@ -20,6 +20,10 @@ namespace tl {
 inline constexpr int kConfigTableRows = 501;
 
 float GetConfig(const std::string& file, const std::string& key);
+// An option read as an integer: the value truncated toward zero. A damaged
+// file's value that is not a number reads 0, and one beyond the 32-bit range
+// stops at its end.
+int GetConfigInt(const std::string& file, const std::string& key);
 void SetConfig(const std::string& file, const std::string& key, float value);
 std::string GetConfigString(const std::string& file, const std::string& key);
 bool SetConfigString(const std::string& file, const std::string& key, const std::string& value);

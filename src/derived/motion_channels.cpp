@@ -130,7 +130,7 @@ void CalcPower(int32_t run) {
         const float Pd = rec.AmbientPressure * 1000.0f - Pv * rec.AmbientHumidity;
         const float rhoDry = Pd / (287.05f * T);
         float rhoStd, corr;
-        switch (static_cast<int>(GetConfig(cfg, "HPCorrection"))) {
+        switch (GetConfigInt(cfg, "HPCorrection")) {
             case 1:
                 rhoStd = 99000.0f / ((25.0f + 273.15f) * 287.05f);
                 corr = rhoStd / rhoDry / 0.85f;

@@ -338,7 +338,7 @@ void GpsMapper::Run() {
     // acceleration or the speed share the positions' column.
     seriesRun_ = lat_ != x_ && lat_ != y_ && spd_ != x_ && spd_ != y_;
     const std::string& cfg = Paths().TracelabCfgPath;
-    trustAccels_ = static_cast<int>(GetConfig(cfg, "TrustAccels")) != 0;
+    trustAccels_ = GetConfigInt(cfg, "TrustAccels") != 0;
     raw_ = GetConfig(cfg, "UseRawGPSData") == 1.0f;
     if (raw_) LogDebug("only use raw GPS data");
     sectionLength_ = Profile().HardwareHX40 ? 300 : 150;

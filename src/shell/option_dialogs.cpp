@@ -319,12 +319,12 @@ TracelabOptionsForm::TracelabOptionsForm(QWidget* parent) : QDialog(parent) {
     side->addWidget(OptionGroup(
         "Source of Speed Information", "PowerSpeedSource",
         {"Use GPS for speed when calculating speed", "Use wheel speed when calculating speed"},
-        static_cast<int>(GetConfig(file, "PowerSpeedSource"))));
+        GetConfigInt(file, "PowerSpeedSource")));
     side->addWidget(OptionGroup(
         "Distance", "DistanceOption",
         {"Calculate distances using GPS positions", "Calculate distances using GPS speeds",
          "Calculate distances using wheel speeds"},
-        static_cast<int>(GetConfig(file, "DistanceMode"))));
+        GetConfigInt(file, "DistanceMode")));
     auto* units = new QGroupBox(QStringLiteral("Power HP Units"));
     auto* unitsLayout = new QVBoxLayout(units);
     const bool imperial = GetConfig(file, "PowerUnit") == 2.0f;

@@ -119,11 +119,11 @@ std::optional<WindowBox> StoredToolWindowBox(const ToolWindowKeys& keys) {
     const std::string& file = Paths().TracelabCfgPath;
     const std::string prefix = keys.prefix;
     WindowBox box;
-    box.width = static_cast<int>(GetConfig(file, prefix + "Width"));
-    box.height = static_cast<int>(GetConfig(file, prefix + "Height"));
+    box.width = GetConfigInt(file, prefix + "Width");
+    box.height = GetConfigInt(file, prefix + "Height");
     if (box.width <= 0 || box.height <= 0) return std::nullopt;
-    box.left = static_cast<int>(GetConfig(file, prefix + "Left"));
-    box.top = static_cast<int>(GetConfig(file, prefix + "Top"));
+    box.left = GetConfigInt(file, prefix + "Left");
+    box.top = GetConfigInt(file, prefix + "Top");
     return box;
 }
 

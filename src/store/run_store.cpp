@@ -246,8 +246,7 @@ void ClearCurrentRun(bool all) {
         s.LapCount = 0;
         s.RefLapNumber = 0;
         RefLap().Reset();
-        RefLap().NumOfBeacons =
-            static_cast<int32_t>(GetConfig(Paths().TracelabCfgPath, "NumOfBeacons"));
+        RefLap().NumOfBeacons = GetConfigInt(Paths().TracelabCfgPath, "NumOfBeacons");
         s.RunData.Reset(1, 202);
     });
 }

@@ -2,6 +2,7 @@
 #include <sys/stat.h>
 
 #include <filesystem>
+#include <limits>
 
 #include "core/build_profile.h"
 #include "core/config_store.h"
@@ -33,6 +34,19 @@ TEST_F(ConfigStore, GetConfigReadsKeysExactly) {
     EXPECT_EQ(GetConfigString(cfg(), "RunPath"), "/runs");
     EXPECT_EQ(GetConfigString(cfg(), "Missing"), "");
     EXPECT_EQ(ui.Count(Kind::Message), 0);
+}
+
+TEST_F(ConfigStore, IntegerOptionsTruncateAndStopAtTheRange) {
+    WriteAll(cfg(),
+             "\"Pulses\",\"2.9\"\r\n\"Back\",\"-3.7\"\r\n"
+             "\"Huge\",\"900000000000000000000000\"\r\n"
+             "\"Low\",\"-900000000000000000000000\"\r\n\"Edge\",\"2147483520\"\r\n");
+    EXPECT_EQ(GetConfigInt(cfg(), "Pulses"), 2);
+    EXPECT_EQ(GetConfigInt(cfg(), "Back"), -3);
+    EXPECT_EQ(GetConfigInt(cfg(), "Huge"), std::numeric_limits<int>::max());
+    EXPECT_EQ(GetConfigInt(cfg(), "Low"), std::numeric_limits<int>::min());
+    EXPECT_EQ(GetConfigInt(cfg(), "Edge"), 2147483520);  // the largest float below 2^31
+    EXPECT_EQ(GetConfigInt(cfg(), "Missing"), 0);
 }
 
 TEST_F(ConfigStore, AMissingFileIsReportedAndCreatedEmpty) {
