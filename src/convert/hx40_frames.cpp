@@ -62,10 +62,6 @@ struct NormContext {
     const float* latTable;
     float wheelScale;
     int useWheelForRpm, ignitionPulses;
-    // The engine rate divided by the pulses per turn: a power of two is
-    // taken as a product with its exact reciprocal (the same float, without
-    // a division per frame), any other count as the division itself.
-    float rpmScale;
     int32_t runStart;
     int32_t rowLimit;
 };
@@ -95,8 +91,7 @@ void NormFrames(const NormContext c, int32_t fp, int32_t si, int32_t count,
         }
         if (c.rpmOn)
             c.rpm[si] =
-                RpmOfFrame(st, fp, v3, c.v6[fp], c.v7[fp], v8, c.useWheelForRpm, c.ignitionPulses) *
-                c.rpmScale;
+                RpmOfFrame(st, fp, v3, c.v6[fp], c.v7[fp], v8, c.useWheelForRpm, c.ignitionPulses);
         if (c.wheelOn) c.wheel[si] = WheelSpeedOfFrame(st, fp, v3, c.v6[fp], v8) * c.wheelScale;
     }
     state = st;
@@ -425,11 +420,6 @@ void Hx40Conversion::Run() {
     ctx.wheelScale = wheelScale_;
     ctx.useWheelForRpm = useWheelForRpm_;
     ctx.ignitionPulses = ignitionPulses_;
-    ctx.rpmScale = 1.0f;
-    if ((ignitionPulses_ & (ignitionPulses_ - 1)) == 0) {
-        ctx.rpmScale = 1.0f / static_cast<float>(ignitionPulses_);
-        ctx.ignitionPulses = 1;
-    }
     ctx.runStart = r_.RunStart;
     ctx.rowLimit = rowLimit_;
     auto blockStarts = [&](int32_t p) { return (v3[p - 1] & 1) && !(v3[p - 8] & 1); };

@@ -127,6 +127,15 @@ std::string ConfigNumberText(float value) {
     return text;
 }
 
+namespace {
+
+// A stored value as a number.
+float ConfigValue(const std::string& text) {
+    return static_cast<float>(GetVal_NI(text));
+}
+
+}  // namespace
+
 float GetConfig(const std::string& file, const std::string& key) {
     return ProcedureValue("GetConfig", 0.0f, [&]() -> float {
         if (!FileExists(file)) {
@@ -135,9 +144,21 @@ float GetConfig(const std::string& file, const std::string& key) {
             return 0.0f;
         }
         for (const auto& [k, v] : ReadConfigRecords(file))
-            if (k == key) return static_cast<float>(GetVal_NI(v));
+            if (k == key) return ConfigValue(v);
         return 0.0f;
     });
+}
+
+ConfigSnapshot::ConfigSnapshot(const std::string& file) : file_(file), present_(FileExists(file)) {
+    if (!present_) return;
+    for (const auto& [key, text] : ReadConfigRecords(file))
+        values_.try_emplace(key, ConfigValue(text));
+}
+
+float ConfigSnapshot::Get(const std::string& key) const {
+    if (!present_) return GetConfig(file_, key);
+    const auto it = values_.find(key);
+    return it == values_.end() ? 0.0f : it->second;
 }
 
 std::string GetConfigString(const std::string& file, const std::string& key) {

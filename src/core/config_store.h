@@ -1,7 +1,8 @@
 // The configuration store: small text files of lines of two double-quoted
 // fields, "key","value" CR LF. Nothing is cached: every read scans the file
 // from the top, every write rewrites it, so a value set by one form is seen at
-// once by any other.
+// once by any other. (A ConfigSnapshot holds one file for a single pass that
+// reads many keys and writes none.)
 //
 // Writes replace the file through a temporary file and a rename, so a failed
 // write never leaves a damaged file behind; the observable result (the lines
@@ -9,6 +10,7 @@
 #pragma once
 
 #include <string>
+#include <unordered_map>
 #include <utility>
 #include <vector>
 
@@ -24,6 +26,22 @@ float GetConfig(const std::string& file, const std::string& key);
 // file's value that is not a number reads 0, and one beyond the 32-bit range
 // stops at its end.
 int GetConfigInt(const std::string& file, const std::string& key);
+
+// The options of one file as GetConfig reads them, the file read once: for a
+// pass that looks up many keys (the filter passes ask three for each of up to
+// 200 variables) and writes none. The first record of a key wins, as in
+// GetConfig. An absent file is left to GetConfig key by key, for its message
+// and its new empty file.
+class ConfigSnapshot {
+  public:
+    explicit ConfigSnapshot(const std::string& file);
+    float Get(const std::string& key) const;
+
+  private:
+    std::string file_;
+    bool present_;
+    std::unordered_map<std::string, float> values_;
+};
 void SetConfig(const std::string& file, const std::string& key, float value);
 std::string GetConfigString(const std::string& file, const std::string& key);
 bool SetConfigString(const std::string& file, const std::string& key, const std::string& value);

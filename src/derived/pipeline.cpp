@@ -6,8 +6,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <string>
-#include <unordered_map>
 #include <vector>
 
 #include "convert/accel_channels.h"
@@ -99,30 +97,6 @@ void WheelSpeedMapping(int32_t run, bool gpsSpeedForWheel) {
     if (reference && RefLap().RefLapPoints >= 11) AddBeaconTrackMarkers();
     if (exchange && wheel) std::copy(saved.begin(), saved.end(), wheel + rows.first);
 }
-
-// The options of one file as GetConfig reads them, the file read once: the two
-// filter passes look up three keys for each of up to 200 variables, and
-// reading and splitting the whole options file for every key was most of
-// their time. The first record of a key wins, as in GetConfig. An absent file
-// is left to GetConfig key by key, for its message and its new empty file.
-class ConfigSnapshot {
-  public:
-    explicit ConfigSnapshot(const std::string& file) : file_(file), present_(FileExists(file)) {
-        if (!present_) return;
-        for (const auto& [key, text] : ReadConfigRecords(file))
-            values_.try_emplace(key, static_cast<float>(GetVal_NI(text)));
-    }
-    float Get(const std::string& key) const {
-        if (!present_) return GetConfig(file_, key);
-        const auto it = values_.find(key);
-        return it == values_.end() ? 0.0f : it->second;
-    }
-
-  private:
-    std::string file_;
-    bool present_;
-    std::unordered_map<std::string, float> values_;
-};
 
 }  // namespace
 

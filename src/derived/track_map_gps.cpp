@@ -6,7 +6,6 @@
 // doubtful GPS data and maps through the gap.
 #include <cmath>
 #include <string>
-#include <vector>
 
 #include "core/build_profile.h"
 #include "core/config_store.h"
@@ -81,120 +80,20 @@ class GpsMapper {
         }
         RunPathPair(s, e, o, m, probeO, probeM, path, probe);
     }
-    // Row by row: the two walks from Heading go side by side, each row's turn,
-    // the sine and cosine of a small turn and the step worked out first for
-    // the whole window in a loop that carries nothing from row to row (so the
-    // compiler runs it several rows at a time). The sine and cosine of the
-    // heading are carried by rotation through each row's small turn (a fresh
-    // sine and cosine after a large one); they agree with a fresh sine and
-    // cosine to a few parts in a million over a window. Heading itself is
-    // summed row by row exactly as CalcCourse sums it.
+    // Row by row, as the fit defines a path: from Heading and row s's
+    // position, CalcCourse on every row to e; the probe first, so that
+    // WorkHeading is left as the path leaves it. Only windows the series
+    // can't take come here, a few in a run.
     void RunPathPair(int32_t s, int32_t e, float o, float m, float probeO, float probeM,
                      Chord& path, Chord& probe) {
-        const size_t n = static_cast<size_t>(e - s + 1);
-        if (terms_.size() < 8 * n) terms_.resize(8 * n);
-        float* const t = terms_.data();
-        // A window where every row moves and every turn is small (the usual
-        // case at the speeds of a fit) is walked without the tests.
-        const bool plainA = PrepareRows(s, n, o, m, t, t + n, t + 2 * n, t + 3 * n);
-        const bool plainB =
-            PrepareRows(s, n, probeO, probeM, t + 4 * n, t + 5 * n, t + 6 * n, t + 7 * n);
-        Walk(s, n, {t, t + n, t + 2 * n, t + 3 * n}, {t + 4 * n, t + 5 * n, t + 6 * n, t + 7 * n},
-             plainA && plainB, path, probe);
+        probe = RunPath(s, e, probeO, probeM);
+        path = RunPath(s, e, o, m);
     }
-    struct Terms {
-        const float* turn;
-        const float* sinTurn;
-        const float* cosTurn;
-        const float* step;
-    };
-    void Walk(int32_t s, size_t n, Terms a, Terms b, bool plain, Chord& path, Chord& probe) {
-        const float *turnA = a.turn, *sinA = a.sinTurn, *cosA = a.cosTurn, *stepA = a.step;
-        const float *turnB = b.turn, *sinB = b.sinTurn, *cosB = b.cosTurn, *stepB = b.step;
-        float hA = heading_, hB = heading_;
-        float shA = std::sin(hA), chA = std::cos(hA);
-        float shB = shA, chB = chA;
-        float xA = x_[s], yA = y_[s], xB = xA, yB = yA;
-        if (plain) {
-            // The probe's heading is not wanted, and with no large turn its
-            // sum is never read: only the path's is kept.
-            for (size_t k = 0; k < n; ++k) {
-                hA = hA + turnA[k];
-                const float nsA = shA * cosA[k] + chA * sinA[k];
-                chA = chA * cosA[k] - shA * sinA[k];
-                shA = nsA;
-                const float nsB = shB * cosB[k] + chB * sinB[k];
-                chB = chB * cosB[k] - shB * sinB[k];
-                shB = nsB;
-                xA = xA + stepA[k] * shA;
-                yA = yA + stepA[k] * chA;
-                xB = xB + stepB[k] * shB;
-                yB = yB + stepB[k] * chB;
-            }
-        } else {
-            const float* spd = spd_ + s;
-            for (size_t k = 0; k < n; ++k) {
-                if (!(spd[k] > 0.0f)) continue;
-                const float dA = turnA[k], dB = turnB[k];
-                hA = hA + dA;
-                hB = hB + dB;
-                if (std::fabs(dA) < 0.05f) {
-                    const float ns = shA * cosA[k] + chA * sinA[k];
-                    chA = chA * cosA[k] - shA * sinA[k];
-                    shA = ns;
-                } else {
-                    shA = std::sin(hA);
-                    chA = std::cos(hA);
-                }
-                if (std::fabs(dB) < 0.05f) {
-                    const float ns = shB * cosB[k] + chB * sinB[k];
-                    chB = chB * cosB[k] - shB * sinB[k];
-                    shB = ns;
-                } else {
-                    shB = std::sin(hB);
-                    chB = std::cos(hB);
-                }
-                xA = xA + stepA[k] * shA;
-                yA = yA + stepA[k] * chA;
-                xB = xB + stepB[k] * shB;
-                yB = yB + stepB[k] * chB;
-            }
-        }
-        workHeading_ = hA;
-        path = ChordOf(xA - x_[s], yA - y_[s]);
-        probe = ChordOf(xB - x_[s], yB - y_[s]);
-    }
-    // The row terms of a path for n rows from row s: the turn a / v / 100
-    // (a limited to v^2 / 3 on the positive side), the small-turn sine and
-    // cosine of it and the step v * m / 100. A row at rest gets values too;
-    // the walk skips it. True when every row moves and every turn is small.
-    bool PrepareRows(int32_t s, size_t n, float o, float m, float* __restrict turn,
-                     float* __restrict sinTurn, float* __restrict cosTurn,
-                     float* __restrict step) const {
-        const float* __restrict lat = lat_ + s;
-        const float* __restrict spd = spd_ + s;
-        const float* __restrict v = v_ + (s - rows_.first);
-        const float* __restrict limit = limit_ + (s - rows_.first);
-        int exceptions = 0;
-        for (size_t k = 0; k < n; ++k) {
-            float a = (lat[k] + o) * 9.80665f;
-            a = a > limit[k] ? limit[k] : a;
-            const float d = a / v[k] / 100.0f;
-            float sd, cd;
-            SmallTurn(d, sd, cd);
-            turn[k] = d;
-            sinTurn[k] = sd;
-            cosTurn[k] = cd;
-            step[k] = v[k] * m / 100.0f;
-            exceptions |= !(spd[k] > 0.0f) | !(std::fabs(d) < 0.05f);
-        }
-        return exceptions == 0;
-    }
-    // Sine and cosine of a turn below 0.05 rad, to single precision.
-    static void SmallTurn(float d, float& sd, float& cd) {
-        const float d2 = d * d;
-        sd = d * (1.0f - d2 * (1.0f / 6.0f));
-        cd = 1.0f - d2 * 0.5f * (1.0f - d2 * (1.0f / 12.0f));
+    Chord RunPath(int32_t s, int32_t e, float o, float m) {
+        workHeading_ = heading_;
+        float x = x_[s], y = y_[s];
+        for (int32_t i = s; i <= e; ++i) CalcCourse(lat_[i] + o, spd_[i], x, y, workHeading_, m);
+        return ChordOf(x - x_[s], y - y_[s]);
     }
     void Interpolate(int32_t s, int32_t e) {
         const float n = static_cast<float>(e - s);
@@ -213,21 +112,13 @@ class GpsMapper {
     int32_t FitSection(int32_t s, int32_t e);
 
     derived::RunRows rows_;
-    // The run's tables and the current window's sums of the series, with
-    // each row's speed in m/s and turn limit; and room for the row terms of
-    // two paths over a window. Kept from run to run.
-    struct Scratch {
-        derived::PathSeries series;
-        std::vector<float> terms;
-    };
-    static Scratch& Kept() {
-        thread_local Scratch scratch;
-        return scratch;
+    // The run's tables and the current window's sums of the series, kept
+    // from run to run.
+    static derived::PathSeries& KeptSeries() {
+        thread_local derived::PathSeries series;
+        return series;
     }
-    derived::PathSeries& series_ = Kept().series;
-    std::vector<float>& terms_ = Kept().terms;
-    const float* v_ = nullptr;
-    const float* limit_ = nullptr;
+    derived::PathSeries& series_ = KeptSeries();
     // Whether the series serves the run, and the current window.
     bool seriesRun_ = false;
     bool seriesOk_ = false;
@@ -332,8 +223,6 @@ void GpsMapper::Run() {
     log_ = LogOn();
     const size_t rows = static_cast<size_t>(rows_.last - rows_.first) + 1;
     series_.PrepareRun(lat_ + rows_.first, spd_ + rows_.first, rows);
-    v_ = series_.Speed();
-    limit_ = series_.Limit();
     // The series holds while the map is drawn, unless disabled slots make the
     // acceleration or the speed share the positions' column.
     seriesRun_ = lat_ != x_ && lat_ != y_ && spd_ != x_ && spd_ != y_;

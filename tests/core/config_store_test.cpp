@@ -49,6 +49,21 @@ TEST_F(ConfigStore, IntegerOptionsTruncateAndStopAtTheRange) {
     EXPECT_EQ(GetConfigInt(cfg(), "Missing"), 0);
 }
 
+TEST_F(ConfigStore, ASnapshotAnswersAsGetConfigDid) {
+    WriteAll(cfg(), "\"Rate\",\"50\"\r\n\"Odd\",\"12,5\"\r\n\"Rate\",\"7\"\r\n");
+    const ConfigSnapshot snap(cfg());
+    for (const char* key : {"Rate", "Odd", "rate", "Missing"})
+        EXPECT_EQ(snap.Get(key), GetConfig(cfg(), key)) << key;
+    SetConfig(cfg(), "Rate", 9);  // later writes are not seen
+    EXPECT_EQ(snap.Get("Rate"), 50);
+    // An absent file goes to GetConfig: its message, and a new empty file.
+    const std::string gone = root.file("Configuration/Gone.cfg");
+    const ConfigSnapshot none(gone);
+    EXPECT_EQ(none.Get("Any"), 0);
+    EXPECT_EQ(ui.Count(Kind::Message), 1);
+    EXPECT_TRUE(std::filesystem::exists(gone));
+}
+
 TEST_F(ConfigStore, AMissingFileIsReportedAndCreatedEmpty) {
     const std::string path = root.file("Configuration/Gone.cfg");
     EXPECT_FLOAT_EQ(GetConfig(path, "Any"), 0);
