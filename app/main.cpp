@@ -37,12 +37,13 @@
 #include <cstdlib>
 #include <string>
 
-#include "convert/convert_driver.h"
 #include "core/build_profile.h"
 #include "core/config_store.h"
-#include "core/startup.h"
 #include "platform/qt/qt_platform.h"
 #include "results/laps.h"
+#include "road/convert_driver.h"
+#include "road/run_road.h"
+#include "road/startup.h"
 #include "shell/main_form.h"
 #include "shell/qt_startup_ui.h"
 #include "store/catalogue.h"

@@ -8,7 +8,6 @@
 #include <cmath>
 #include <string>
 
-#include "convert/slot_columns.h"
 #include "core/build_profile.h"
 #include "core/config_store.h"
 #include "core/platform.h"
@@ -19,6 +18,7 @@
 #include "store/catalogue.h"
 #include "store/run_procedures.h"
 #include "store/run_store.h"
+#include "store/slot_columns.h"
 #include "support/engine_fixture.h"
 
 namespace {

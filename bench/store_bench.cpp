@@ -12,6 +12,7 @@
 #include "core/platform.h"
 #include "core/scripted_platform.h"
 #include "files/raw_run_files.h"
+#include "road/run_road.h"
 #include "store/catalogue.h"
 #include "store/run_procedures.h"
 #include "store/run_store.h"

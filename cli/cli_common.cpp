@@ -10,10 +10,11 @@
 #include "core/build_profile.h"
 #include "core/config_store.h"
 #include "core/platform.h"
-#include "core/startup.h"
 #include "core/support.h"
 #include "files/raw_run_files.h"
 #include "results/laps.h"
+#include "road/run_road.h"
+#include "road/startup.h"
 #include "store/run_procedures.h"
 #include "store/run_store.h"
 
@@ -125,6 +126,7 @@ Engine::~Engine() {
 
 bool Engine::Start(const ParsedArgs& args, std::ostream& err) {
     StartupOptions options;
+    options.helpWindow = false;
     options.appDir = ExecutableDir();
     options.configDir = args.Value("config-dir");
     if (!args.Value("family").empty()) options.commandLine += "<" + args.Value("family") + ">";

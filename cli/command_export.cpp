@@ -17,12 +17,12 @@
 
 #include "cli/cli_common.h"
 #include "cli/commands.h"
-#include "convert/convert_driver.h"
 #include "core/build_profile.h"
 #include "core/support.h"
 #include "files/csv_export.h"
 #include "files/raw_run_files.h"
-#include "store/active_variables.h"
+#include "road/active_variables.h"
+#include "road/convert_driver.h"
 #include "store/run_procedures.h"
 #include "store/run_store.h"
 

@@ -14,6 +14,7 @@
 #include "cli/commands.h"
 #include "files/raw_run_files.h"
 #include "files/summary_run_list.h"
+#include "road/run_road.h"
 #include "store/run_procedures.h"
 #include "store/run_store.h"
 

@@ -15,10 +15,10 @@
 
 #include "cli/cli_common.h"
 #include "cli/commands.h"
-#include "convert/convert_driver.h"
 #include "results/laps.h"
 #include "results/measurement_table.h"
 #include "results/track_markers.h"
+#include "road/convert_driver.h"
 #include "store/run_store.h"
 
 namespace tl::cli {

@@ -8,12 +8,12 @@
 #include <memory>
 #include <set>
 
-#include "convert/convert_driver.h"
 #include "core/platform.h"
 #include "core/scripted_platform.h"
 #include "files/csv_export.h"
 #include "files/raw_run_files.h"
-#include "store/active_variables.h"
+#include "road/active_variables.h"
+#include "road/convert_driver.h"
 #include "store/run_procedures.h"
 #include "store/run_store.h"
 

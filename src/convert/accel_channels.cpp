@@ -5,13 +5,13 @@
 #include <string>
 
 #include "convert/gps.h"
-#include "convert/slot_columns.h"
 #include "core/build_profile.h"
 #include "core/config_store.h"
 #include "core/errors.h"
 #include "core/log.h"
 #include "core/support.h"
 #include "core/ui_services.h"
+#include "store/slot_columns.h"
 
 namespace tl {
 
@@ -60,7 +60,7 @@ float CalcRpm(int32_t position, int useWheel, int pulsesPerRev) {
 namespace {
 
 // The run's rows as they stand in RunData, cut to the table.
-bool RunRows(int32_t run, int32_t& first, int32_t& last) {
+bool RunRowRange(int32_t run, int32_t& first, int32_t& last) {
     if (run < 1 || run > 11) return false;
     const RunRecord& r = Store().RunInfo[run];
     first = std::max(r.RunStart, 0);
@@ -150,7 +150,7 @@ void AutoZeroAccelerometers(int32_t run) {
         if (run < 1 || run > 11) return;
         const RunRecord& r = Store().RunInfo[run];
         int32_t first, last;
-        if (!(r.RunStart + 100 < r.RunEnd) || !RunRows(run, first, last) ||
+        if (!(r.RunStart + 100 < r.RunEnd) || !RunRowRange(run, first, last) ||
             r.RunStart + 100 > last) {
             LogDebug("Run is too short to zero accelerometers");
             return;
@@ -212,7 +212,7 @@ void BiasStep(const float* speed, const float* time, const float* lon, int32_t i
 void ProcessAccels(int32_t run) {
     Procedure("ProcessAccels", [&] {
         int32_t first, last;
-        if (!RunRows(run, first, last)) return;
+        if (!RunRowRange(run, first, last)) return;
         RunRecord& r = Store().RunInfo[run];
         const BuildProfile& p = Profile();
         const std::string& car = Paths().CarCfgPath;

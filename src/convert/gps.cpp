@@ -5,8 +5,8 @@
 #include <ctime>
 #include <optional>
 
-#include "convert/slot_columns.h"
 #include "core/log.h"
+#include "store/slot_columns.h"
 
 namespace tl {
 namespace {

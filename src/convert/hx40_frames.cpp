@@ -10,13 +10,13 @@
 #include "convert/conversion_state.h"
 #include "convert/family_converters.h"
 #include "convert/gps.h"
-#include "convert/slot_columns.h"
 #include "core/build_profile.h"
 #include "core/config_store.h"
 #include "core/errors.h"
 #include "core/log.h"
 #include "core/support.h"
 #include "core/ui_services.h"
+#include "store/slot_columns.h"
 
 namespace tl {
 namespace {

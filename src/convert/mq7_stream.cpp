@@ -11,36 +11,21 @@
 #include "convert/conversion_state.h"
 #include "convert/family_converters.h"
 #include "convert/gps.h"
-#include "convert/slot_columns.h"
-#include "convert/stream_scan.h"
 #include "core/build_profile.h"
 #include "core/config_store.h"
 #include "core/errors.h"
 #include "core/log.h"
 #include "core/support.h"
 #include "core/ui_services.h"
-#include "derived/pipeline.h"
+#include "formats/stream_records.h"
+#include "store/slot_columns.h"
+#include "store/stream_scan.h"
 
 namespace tl {
 
 namespace {
 
-constexpr std::array<uint8_t, 256> MakeLengths() {
-    std::array<uint8_t, 256> len{};
-    len[6] = 6;
-    len[7] = 6;
-    len[8] = 6;
-    len[9] = 5;
-    len[10] = 14;
-    len[11] = 10;
-    len[12] = 3;
-    len[13] = 3;
-    for (int id = 14; id <= 18; ++id) len[id] = 5;
-    for (int id = 20; id <= 27; ++id) len[id] = 4;
-    len[30] = 5;
-    return len;
-}
-constexpr std::array<uint8_t, 256> kLengths = MakeLengths();
+constexpr const std::array<uint8_t, 256>& kLengths = stream_detail::kRecordLengths;
 
 // Slots the stream writes.
 constexpr int kAnalogueSlotOfId[8] = {36, 34, 35, 33, 32, 30, 31, 29};  // ids 20 to 27
@@ -54,9 +39,8 @@ constexpr int kSerialBytesSlot = 51;
 constexpr int kGpsWindow = 39;      // rows after the pulse within which a fix belongs to it
 constexpr int kAccuracyHold = 250;  // rows the accuracy figures are carried forward
 
-// The two values ManageTimeStep keeps between calls.
-int32_t g_timeBase = 0;
-int32_t g_timeCount = 0;
+// The clock ManageTimeStep keeps between calls.
+StreamClock g_clock;
 
 // The sample-and-hold of the conversion pass, a column at a time. Walking
 // the rows one at a time across some forty columns touches every column on
@@ -152,32 +136,23 @@ TimeTarget MakeTimeTarget(const RunRecord& r) {
     return t;
 }
 
-bool LoggingOn() {
-    return LogOn();
-}
-
 void TimeStep(std::span<const uint8_t> raw, int64_t position, const TimeTarget& tt,
               int32_t& sampleIndex, int32_t& firstCall, bool writeTime) {
     const int32_t t = DecodeU24(raw, position + 1);
-    if (firstCall != 0) {
-        firstCall = 0;
-        g_timeCount = -1;
-        g_timeBase = t;
-    }
-    ++g_timeCount;
-    const int32_t d = t - g_timeBase;
+    const StreamClock::Step step = g_clock.Advance(t, firstCall, position);
+    const int32_t count = g_clock.Count();
     auto rowOk = [&](int64_t row) { return row >= tt.runStart && row <= tt.rowLimit; };
-    if (d == g_timeCount) {
-        sampleIndex = tt.runStart + g_timeCount;
+    if (step == StreamClock::Step::InTurn) {
+        sampleIndex = tt.runStart + count;
         if (writeTime && rowOk(sampleIndex)) {
             const int32_t si = sampleIndex;
             if (tt.hold) {
                 tt.hold->Flush(tt.timeHoldIndex);
-                tt.time[si] = SecondsOfTicks(g_timeCount);
+                tt.time[si] = SecondsOfTicks(count);
                 if (si > tt.runStart) tt.hold->Add(si);
                 return;
             }
-            tt.time[si] = SecondsOfTicks(g_timeCount);
+            tt.time[si] = SecondsOfTicks(count);
             // The sample-and-hold of the whole format: before this tick's
             // channels arrive, every column still at zero takes the value of
             // the row before; the channels then overwrite it.
@@ -197,50 +172,32 @@ void TimeStep(std::span<const uint8_t> raw, int64_t position, const TimeTarget& 
     // The rare steps below write the time column out of turn: the queued
     // holds go first.
     if (writeTime && tt.hold) tt.hold->FlushAll();
-    if (d < g_timeCount) {
-        // The logger's clock stepped back or repeated.
-        if (d - g_timeCount > -10) {
-            g_timeCount = d;
-            sampleIndex = tt.runStart + g_timeCount;
-        }
-        if (LoggingOn())
-            LogDebug("The number of samples and the time index are inconsistant @" +
-                     std::to_string(position));
-    } else if (d - g_timeCount >= 10) {
-        // Too much missing: the gap stays for the rest of the run.
-        if (LoggingOn())
-            LogDebug(
-                "The number of samples and the time index are inconsistant, too much missing "
-                "to correct for @" +
-                std::to_string(position));
-        sampleIndex = tt.runStart + g_timeCount;
-        if (writeTime && rowOk(sampleIndex)) tt.time[sampleIndex] = SecondsOfTicks(g_timeCount);
-    } else {
-        if (LoggingOn())
-            LogDebug(
-                "The number of samples and the time index are inconsistant, adding time "
-                "vector @" +
-                std::to_string(position));
-        // The missing rows are addressed by the time index itself, so they
-        // land in the right place only when the time base equals RunStart.
-        // Rows outside the run are not written.
-        if (writeTime)
-            for (int64_t j = int64_t(g_timeBase) + g_timeCount; j <= t; ++j)
-                if (rowOk(j)) tt.time[j] = static_cast<float>((j - tt.runStart) / 100.0);
-        g_timeCount = d;
-        sampleIndex = tt.runStart + g_timeCount;
+    switch (step) {
+        case StreamClock::Step::BackIgnored:
+            break;
+        case StreamClock::Step::BackRepaired:
+            sampleIndex = tt.runStart + count;
+            break;
+        case StreamClock::Step::TooFar:
+            // Too much missing: the gap stays for the rest of the run.
+            sampleIndex = tt.runStart + count;
+            if (writeTime && rowOk(sampleIndex)) tt.time[sampleIndex] = SecondsOfTicks(count);
+            break;
+        case StreamClock::Step::Filled:
+            // The missing rows are addressed by the time index itself, so
+            // they land in the right place only when the time base equals
+            // RunStart. Rows outside the run are not written.
+            if (writeTime)
+                for (int64_t j = g_clock.FillFrom(); j <= t; ++j)
+                    if (rowOk(j)) tt.time[j] = static_cast<float>((j - tt.runStart) / 100.0);
+            sampleIndex = tt.runStart + count;
+            break;
+        case StreamClock::Step::InTurn:
+            break;
     }
 }
 
 }  // namespace
-
-int Mq7RecordLength(int id) {
-    return (id >= 0 && id < 256) ? kLengths[id] : 0;
-}
-
-int32_t DecodeU24(std::span<const uint8_t> raw, int64_t pos) {
-    return int32_t(raw[pos]) * 65536 + int32_t(raw[pos + 1]) * 256 + raw[pos + 2];
-}
 
 float ExtractU32(std::span<const uint8_t> raw, int64_t pos) {
     const uint32_t u = (uint32_t(raw[pos]) << 24) | (uint32_t(raw[pos + 1]) << 16) |
@@ -296,26 +253,6 @@ float DecodeFreqLinear(std::span<const uint8_t> raw, int64_t pos) {
     return static_cast<float>(DecodeU24(raw, pos) * 0.001379060159);
 }
 
-namespace {
-
-[[gnu::noinline]] void LogCheckError(int64_t position) {
-    if (LogOn()) LogDebug("check error @ " + std::to_string(position));
-}
-
-// CheckCheckSumMQ7, inline: both passes call it on every record.
-inline bool ChecksumHolds(std::span<const uint8_t> raw, int64_t position, int64_t length) {
-    const int64_t upper = static_cast<int64_t>(raw.size()) - 1;
-    if (position < 0 || length < 2 || !(position + length - 2 < upper)) return false;
-    const uint8_t* const record = raw.data() + position;
-    uint32_t sum = 0;
-    for (int64_t i = 0; i <= length - 2; ++i) sum += record[i];
-    if ((sum & 255) == record[length - 1]) return true;
-    LogCheckError(position);
-    return false;
-}
-
-}  // namespace
-
 bool CheckCheckSumMQ7(std::span<const uint8_t> raw, int64_t position, int64_t length) {
     return ChecksumHolds(raw, position, length);
 }
@@ -332,6 +269,8 @@ void ManageTimeStep(std::span<const uint8_t> raw, int64_t position, int32_t run,
     TimeStep(raw, position, tt, sampleIndex, firstCall, writeTime);
 }
 
+// --- the conversion pass ---
+
 namespace {
 
 std::span<const uint8_t> StreamOf() {
@@ -341,79 +280,6 @@ std::span<const uint8_t> StreamOf() {
 }
 
 }  // namespace
-
-StreamScan ScanRawStream(int32_t run, int32_t rawMarkIn, int32_t sampleMarkIn) {
-    StreamScan sc;
-    if (run < 1 || run > 11) return sc;
-    const RunRecord& r = Store().RunInfo[run];
-    const std::span<const uint8_t> raw = StreamOf();
-    const bool log = LogOn();
-    LogDebug("-----------Checking for errors in raw data--------------");
-    if (raw.empty()) return sc;
-    const int64_t rawEnd = std::min<int64_t>(r.RawEnd, int64_t(raw.size()) - 1);
-    TimeTarget tt;
-    tt.runStart = r.RunStart;
-    int32_t firstCall = -1;
-    int32_t sampleIndex = r.RunStart;
-    int32_t lastReport = -1;
-    int64_t position = std::max<int64_t>(r.RawStart, 0);
-    while (position < rawEnd) {
-        const int id = raw[position];
-        const int len = kLengths[id];
-        if (len != 0) {
-            if (ChecksumHolds(raw, position, len)) {
-                ++sc.recordCount;
-                if (id == mq7::TimeIndex) {
-                    TimeStep(raw, position, tt, sampleIndex, firstCall, false);
-                    if (sampleMarkIn > sc.sampleCount)
-                        sc.sampleMark = static_cast<int32_t>(position);
-                    sc.sampleCount = sampleIndex - r.RunStart;
-                } else if (id != mq7::LoggerInfo && id != mq7::GpsTimeOfWeek) {
-                    if (position < rawMarkIn) sc.rawMark = sc.sampleCount;
-                }
-                position += len;
-            } else {
-                // Ids 6 and 7 are logged by the check alone.
-                if (log && id != mq7::LoggerInfo && id != mq7::GpsTimeOfWeek)
-                    LogDebug("Checksum Error @ " + std::to_string(position));
-                ++sc.errorCount;
-                ++position;
-            }
-        } else {
-            // Serial data records (19) count as unknown here, byte by byte.
-            if (log) LogDebug("Channel Not Known @ " + std::to_string(position));
-            ++sc.errorCount;
-            ++position;
-        }
-        if (sc.errorCount > 50 && sc.errorCount % 25 == 0 && sc.errorCount != lastReport) {
-            lastReport = sc.errorCount;
-            HidePleaseWait();
-            ShowPleaseWait("Scanning... " + std::to_string(sc.errorCount) + " errors found.");
-            sc.waitShown = true;
-        }
-    }
-    LogDebug("-----------Completed checking for errors in raw data--------------");
-    return sc;
-}
-
-int32_t CountStreamRows(int32_t run) {
-    // A clock that steps back at the very start can leave the count below
-    // -1; the run then has no rows, as a stream with no time record, and
-    // never a negative length that would cut into the run before it.
-    return ProcedureValue("ScanRawStream", int32_t{-1},
-                          [&] { return std::max(ScanRawStream(run).sampleCount, int32_t{-1}); });
-}
-
-int32_t StreamRawIndexOfTime(int32_t run, int32_t hundredths) {
-    return ProcedureValue("ScanRawStream", int32_t{-1},
-                          [&] { return ScanRawStream(run, -1, hundredths).sampleMark; });
-}
-
-bool StreamScanAvailable() {
-    return true;
-}
-
-// --- the conversion pass ---
 
 namespace {
 
@@ -674,8 +540,6 @@ void StreamConversion::Run() {
         for (int32_t i = std::max(si_ + 1, r_.RunStart); i <= rowLimit_; ++i)
             col_[slot::Time][i] = static_cast<float>((i - r_.RunStart - 1) / 100.0);
     }
-    // MQ7 (not SW63): the wheel speed of the vehicle options' formula.
-    if (Profile().HardwareMQ7) CalculateFormulaWheelSpeed(run_);
 }
 
 }  // namespace

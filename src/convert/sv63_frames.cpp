@@ -10,11 +10,11 @@
 #include "convert/conversion_state.h"
 #include "convert/family_converters.h"
 #include "convert/gps.h"
-#include "convert/slot_columns.h"
 #include "core/errors.h"
 #include "core/log.h"
 #include "core/ui_services.h"
-#include "store/frame_rules.h"
+#include "formats/plane_frames.h"
+#include "store/slot_columns.h"
 
 namespace tl {
 namespace {
@@ -129,7 +129,7 @@ void Sv63Conversion::Run() {
     posXOn_ = SlotEnabled(slot::PositionX);
     posYOn_ = SlotEnabled(slot::PositionY);
 
-    const int32_t period = Sv63Step(r_);
+    const int32_t period = Sv63Step(r_.HeaderBytes[0]);
     framePosition_ = rawStart;
     sampleIndex_ = r_.RunStart;
     pulseFrame_ = -1;

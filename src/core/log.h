@@ -7,8 +7,17 @@
 
 #include <string>
 
+#include "core/build_profile.h"
+
 namespace tl {
 
 void LogDebug(const std::string& text);
+
+// LogDebug writes only with DebugFlag on and InterpFlag off; loops ask first
+// so that they build no log text when it does not.
+inline bool LogOn() {
+    const BuildProfile& p = Profile();
+    return p.DebugFlag && !p.InterpFlag;
+}
 
 }  // namespace tl

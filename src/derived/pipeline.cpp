@@ -226,33 +226,6 @@ void LinearFilterVariables(int32_t run) {
     });
 }
 
-void LinearFilterVar(int32_t run, int32_t column, float timeConstant) {
-    Procedure("LinearFilterVar", [&] {
-        const auto rows = RowsOf(run);
-        RunArray& rd = Store().RunData;
-        if (!rows.ok || column < 0 || column >= rd.Columns()) return;
-        // Round halves to even, as the system's Round does (default FP mode).
-        const double nd = std::nearbyint(static_cast<double>(timeConstant * 100.0f));
-        if (!(nd >= 2.0) || nd > static_cast<double>(rows.length) - 10.0) return;
-        const int32_t n = static_cast<int32_t>(nd);
-        const int32_t before = (n - 1) / 2;
-        const int32_t after = n - before;
-        float* v = rd.Column(column).data();
-        double sum = 0.0;
-        for (int32_t i = rows.first; i <= rows.first + n - 1; ++i) sum += v[i];
-        thread_local std::vector<float> tmp;
-        tmp.resize(static_cast<size_t>(rows.last) + 1);
-        for (int32_t i = rows.first + before; i <= rows.last - after - 1; ++i) {
-            sum = sum - v[i - before] + v[i + after];
-            tmp[i] = static_cast<float>(sum / n);
-        }
-        // One block copy rather than a loop of single stores, which the
-        // compiler has to keep as they are (the arrays might overlap).
-        const int32_t from = rows.first + before + 1, to = rows.last - after - 1;
-        if (to >= from) std::copy(tmp.begin() + from, tmp.begin() + to + 1, v + from);
-    });
-}
-
 void CalculateWheelSpeedMph(int32_t run) {
     Procedure("CalculateWheelSpeedMph", [&] {
         const auto rows = RowsOf(run);

@@ -19,9 +19,8 @@ void LinearFilterVariables(int32_t run);
 // by slot 1) or leave minimum..maximum by a straight line. Returns the count
 // of repaired stretches.
 int IntelligentRocFilter(int32_t run, int32_t column, float rate, float minimum, float maximum);
-// Moving average of n = Round(timeConstant * 100) rows on a RunData column;
-// the window of row i is rows i - before + 1 to i + after.
-void LinearFilterVar(int32_t run, int32_t column, float timeConstant);
+// LinearFilterVar (a moving average on one column of a run) is a store
+// routine: store/run_procedures.h.
 
 // Slot 9 (mph) from slot 10 (kph).
 void CalculateWheelSpeedMph(int32_t run);

@@ -10,7 +10,6 @@
 #include <memory>
 #include <string>
 
-#include "convert/slot_columns.h"
 #include "core/errors.h"
 #include "core/log.h"
 #include "core/support.h"
@@ -19,6 +18,7 @@
 #include "results/track_markers.h"
 #include "store/run_procedures.h"
 #include "store/run_store.h"
+#include "store/slot_columns.h"
 
 namespace tl {
 

@@ -17,8 +17,8 @@
 #include "core/support.h"
 #include "core/ui_services.h"
 #include "files/atomic_file.h"
+#include "formats/plane_frames.h"
 #include "store/catalogue.h"
-#include "store/frame_rules.h"
 #include "store/run_store.h"
 
 namespace fs = std::filesystem;
@@ -252,7 +252,7 @@ double CalculateRunStartTime(int32_t run) {
         // and the frame after it make one row.
         int32_t row = 0;
         for (int64_t i = std::max(r.RawStart, 0); i <= rawEnd; ++i, ++row) {
-            if (!Hx40BlockStarts(raw, i, rawEnd)) continue;
+            if (!Hx40BlockStarts(raw.Vector(3), i, rawEnd)) continue;
             const auto p = static_cast<int32_t>(i);
             i += 7;
             ReadHx40Sentence(raw, p, sentence);

@@ -9,7 +9,6 @@
 #include <string_view>
 #include <vector>
 
-#include "convert/convert_driver.h"
 #include "core/config_store.h"
 #include "core/errors.h"
 #include "core/log.h"
@@ -214,7 +213,7 @@ std::vector<std::string> SplitSelection(const std::string& text, size_t& element
     return files;
 }
 
-void AfterRawLoad(bool process) {
+void AfterRawLoad(bool process, ProcessLoadedRun processRun) {
     const int32_t run = Store().RunCount;
     if (!process) {
         LogDebug("dont preprocess, but allocate memory in the run data array");
@@ -225,11 +224,11 @@ void AfterRawLoad(bool process) {
     } else {
         LogDebug("reprocess the run as requested");
         AllocateRunArray(run);
-        ConvertRawToRunData(run);
+        if (processRun) processRun(run);
     }
 }
 
-Attempt LoadAttempt(const std::string& path) {
+Attempt LoadAttempt(const std::string& path, ProcessLoadedRun processRun) {
     LogDebug("Load a data file from disk");
     LogDebug("file to load input string= " + path);
 
@@ -314,11 +313,11 @@ Attempt LoadAttempt(const std::string& path) {
         switch (head.type) {
             case kFileTypeRawHX40:
             case kFileTypeRawSV63:
-                if (LoadRawDataFromFileHX40(file)) AfterRawLoad(process);
+                if (LoadRawDataFromFileHX40(file)) AfterRawLoad(process, processRun);
                 break;
             case kFileTypeRawMQ7:
             case kFileTypeRawSW63:
-                if (LoadRawDataFromFileMQ7(file)) AfterRawLoad(process);
+                if (LoadRawDataFromFileMQ7(file)) AfterRawLoad(process, processRun);
                 break;
             case kFileTypeSummarySV63:
                 LoadSummaryRunDataFromFile(file);
@@ -410,13 +409,13 @@ int32_t RawRunFileTypeOf(Family family) {
     return 0;
 }
 
-void LoadDataFromFile(const std::string& path) {
+void LoadDataFromFile(const std::string& path, ProcessLoadedRun processRun) {
     Procedure("LoadDataFromFile", [&] {
         // The original restarted itself by calling itself with an empty path
         // after every refusal; the loop does the same without a deeper stack
         // at each refusal.
         std::string next = path;
-        while (LoadAttempt(next) == Attempt::Restart) next.clear();
+        while (LoadAttempt(next, processRun) == Attempt::Restart) next.clear();
     });
 }
 

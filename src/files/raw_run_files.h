@@ -70,8 +70,12 @@ int32_t RawRunFileTypeOf(Family family);
 
 // With an empty path shows the load dialog; with a path loads that file. The
 // dialog comes back after every refusal until the user cancels or a
-// selection passes.
-void LoadDataFromFile(const std::string& path);
+// selection passes. A raw run the user chose to process is handed to
+// processRun (the conversion driver, which lives above this room) once its
+// rows are allocated: road/run_road.h has the LoadDataFromFile(path) the
+// program calls, which passes ConvertRawToRunData.
+using ProcessLoadedRun = void (*)(int32_t run);
+void LoadDataFromFile(const std::string& path, ProcessLoadedRun processRun);
 bool CheckFileHarwardwareCompatibility(int32_t fileType);
 // The loaders return false when they refused the file (with a message) and
 // left the store untouched; true when a run (or summary run) was added.

@@ -2,26 +2,27 @@
 
 #include <cmath>
 
-#include "convert/slot_columns.h"
 #include "core/build_profile.h"
 #include "core/config_store.h"
 #include "core/errors.h"
 #include "core/log.h"
 #include "core/support.h"
 #include "core/ui_services.h"
-#include "derived/derived_common.h"
-#include "derived/pipeline.h"
+#include "core/upcall.h"
 #include "results/track_markers.h"
 #include "store/catalogue.h"
 #include "store/run_procedures.h"
 #include "store/run_store.h"
+#include "store/slot_columns.h"
 
 namespace tl {
 
-using derived::Col;
-using derived::RowsOf;
-
 namespace {
+
+// A slot's column as a plain pointer.
+float* Col(int slotNumber) {
+    return SlotColumn(slotNumber);
+}
 
 bool HoldsHash(const std::string& name) {
     return name.find('#') != std::string::npos;
@@ -172,9 +173,9 @@ void AutoPlaceLapMarker(int32_t run, float halfLength) {
             return;
         }
         AutoPlaceMarker(index, best, halfLength, name);
-        CheckInternalDataStillValid();
+        upcall::CheckInternalDataStillValid();
         SetLapMarker(index);
-        CheckInternalDataStillValid();
+        upcall::CheckInternalDataStillValid();
     });
 }
 
@@ -278,7 +279,7 @@ void AutoAddSectorsCmd(int32_t run, const std::string& sectorCountText,
     const int count = LimitAutoSectorCount(sectorCountText);
     const int length = LimitMarkerLength(markerLengthText);
     AutoAddSectorMarkers(run, count - 1, static_cast<float>(length) / 2.0f);
-    CheckInternalDataStillValid();
+    upcall::CheckInternalDataStillValid();
 }
 
 void ClearAllSectors() {

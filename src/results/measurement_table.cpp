@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cstdio>
 
-#include "convert/slot_columns.h"
 #include "core/errors.h"
 #include "core/log.h"
 #include "core/support.h"
@@ -13,6 +12,7 @@
 #include "store/catalogue.h"
 #include "store/run_procedures.h"
 #include "store/run_store.h"
+#include "store/slot_columns.h"
 
 namespace tl {
 

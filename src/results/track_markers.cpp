@@ -3,15 +3,15 @@
 #include <algorithm>
 #include <cmath>
 
-#include "convert/slot_columns.h"
 #include "core/errors.h"
 #include "core/log.h"
 #include "core/support.h"
 #include "core/ui_services.h"
-#include "derived/derived_common.h"
+#include "core/upcall.h"
 #include "results/laps.h"
 #include "store/run_procedures.h"
 #include "store/run_store.h"
+#include "store/slot_columns.h"
 
 namespace tl {
 
@@ -92,8 +92,8 @@ struct MarkerLine {
 
 CrossingSearch FindMarkerCrossings(double x1, double y1, double x2, double y2, int32_t lastRow) {
     CrossingSearch result;
-    float* px = derived::Col(slot::PositionX);
-    float* py = derived::Col(slot::PositionY);
+    float* px = SlotColumn(slot::PositionX);
+    float* py = SlotColumn(slot::PositionY);
     if (!px || !py) return result;
     lastRow = std::min(lastRow, Store().RunData.UpperRow());
     const MarkerLine line(x1, y1, x2, y2);
@@ -174,8 +174,8 @@ int FindTrackMarkerIndex(const std::string& name) {
 }
 
 int32_t FindIndexFromDistance(float distance, int32_t startRow, int32_t run) {
-    const auto rows = derived::RowsOf(run);
-    const float* d = derived::Col(slot::DistanceKm);
+    const auto rows = RowsOf(run);
+    const float* d = SlotColumn(slot::DistanceKm);
     const int32_t upper = Store().RunData.UpperRow();
     if (!d || upper < 1) return startRow;
     // A hint outside the table (the time-slip search passes a crossing's
@@ -197,8 +197,8 @@ int32_t FindIndexFromDistance(float distance, int32_t startRow, int32_t run) {
 }
 
 DistanceFinder::DistanceFinder(int32_t run) : run_(run) {
-    const auto rows = derived::RowsOf(run);
-    d_ = derived::Col(slot::DistanceKm);
+    const auto rows = RowsOf(run);
+    d_ = SlotColumn(slot::DistanceKm);
     upper_ = Store().RunData.UpperRow();
     if (!rows.ok || !d_) return;
     first_ = rows.first;
@@ -249,8 +249,8 @@ int32_t DistanceFinder::Find(float distance, int32_t startRow) {
 
 void AutoPlaceMarker(int index, int32_t row, float halfLength, const std::string& name) {
     if (index < 1 || index > kLastMarkerEntry) return;
-    const float* x = derived::Col(slot::PositionX);
-    const float* y = derived::Col(slot::PositionY);
+    const float* x = SlotColumn(slot::PositionX);
+    const float* y = SlotColumn(slot::PositionY);
     if (!x || !y || row < 10 || row > Store().RunData.UpperRow()) return;
     // The direction of travel over the last ten rows, a quarter turn left.
     const float a = Atan2(x[row] - x[row - 10], y[row] - y[row - 10]) - kPi / 2.0f;
@@ -343,7 +343,7 @@ int CalcIntersectTime(double x1, double y1, double x2, double y2,
         m.Y1 = static_cast<float>(y1);
         m.X2 = static_cast<float>(x2);
         m.Y2 = static_cast<float>(y2);
-        CheckInternalDataStillValid();
+        upcall::CheckInternalDataStillValid();
         return index;
     });
 }
@@ -351,7 +351,7 @@ int CalcIntersectTime(double x1, double y1, double x2, double y2,
 void DeleteTrackMarker(int index) {
     if (index < 1 || index > kLastMarkerEntry) return;
     Markers().Entries[index].Name.clear();
-    CheckInternalDataStillValid();
+    upcall::CheckInternalDataStillValid();
 }
 
 }  // namespace tl

@@ -17,6 +17,7 @@
 
 #include "results/laps.h"
 #include "results/track_markers.h"
+#include "road/run_road.h"
 #include "store/run_procedures.h"
 #include "store/run_store.h"
 

@@ -24,6 +24,7 @@
 #include "core/ui_services.h"
 #include "files/raw_run_files.h"
 #include "platform/qt/window_placement.h"
+#include "road/run_road.h"
 #include "shell/run_manager.h"
 #include "store/menu_profile.h"
 #include "store/run_procedures.h"

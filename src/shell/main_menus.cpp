@@ -17,6 +17,7 @@
 #include "core/ui_services.h"
 #include "files/car_files.h"
 #include "files/raw_run_files.h"
+#include "road/run_road.h"
 #include "shell/lap_forms.h"
 #include "shell/main_form.h"
 #include "shell/option_dialogs.h"

@@ -24,10 +24,10 @@
 #include "core/support.h"
 #include "core/ui_services.h"
 #include "derived/reference_lap.h"
+#include "road/options_model.h"
 #include "shell/dialog_rows.h"
 #include "shell/start_forms.h"
 #include "store/catalogue.h"
-#include "store/options_model.h"
 #include "store/run_procedures.h"
 #include "store/run_store.h"
 

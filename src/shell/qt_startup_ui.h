@@ -6,7 +6,7 @@
 
 #include <string>
 
-#include "core/startup.h"
+#include "road/startup.h"
 
 namespace tl::qt {
 class QtPlatform;

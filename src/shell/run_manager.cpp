@@ -12,7 +12,6 @@
 #include <QScrollArea>
 #include <QVBoxLayout>
 
-#include "convert/convert_driver.h"
 #include "core/build_profile.h"
 #include "core/log.h"
 #include "core/platform.h"
@@ -22,6 +21,8 @@
 #include "files/car_files.h"
 #include "files/csv_export.h"
 #include "files/raw_run_files.h"
+#include "road/convert_driver.h"
+#include "road/run_road.h"
 #include "shell/dialog_rows.h"
 #include "store/menu_profile.h"
 #include "store/run_procedures.h"

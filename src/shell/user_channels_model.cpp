@@ -4,6 +4,7 @@
 #include "core/config_store.h"
 #include "core/log.h"
 #include "core/ui_services.h"
+#include "road/run_road.h"
 #include "store/catalogue.h"
 #include "store/run_procedures.h"
 #include "store/run_store.h"

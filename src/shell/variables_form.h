@@ -6,7 +6,7 @@
 
 #include <QDialog>
 
-#include "store/active_variables.h"
+#include "road/active_variables.h"
 
 class QListWidget;
 

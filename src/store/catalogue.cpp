@@ -8,10 +8,10 @@
 #include "core/build_profile.h"
 #include "core/config_store.h"
 #include "core/errors.h"
+#include "core/external_serial.h"
 #include "core/log.h"
 #include "core/platform.h"
 #include "core/ui_services.h"
-#include "derived/external_serial.h"
 #include "store/field_records.h"
 #include "store/run_procedures.h"
 

@@ -5,15 +5,15 @@
 #include <cstdio>
 #include <cstring>
 
-#include "convert/stream_scan.h"
 #include "core/build_profile.h"
 #include "core/errors.h"
 #include "core/log.h"
 #include "core/support.h"
 #include "core/ui_services.h"
-#include "store/frame_rules.h"
+#include "formats/plane_frames.h"
 #include "store/run_procedures.h"
 #include "store/run_store.h"
+#include "store/stream_scan.h"
 
 namespace tl {
 namespace {
@@ -122,15 +122,47 @@ std::string TimeText(double seconds) {
 struct RawWindow {
     int32_t first;
     int32_t last;
-    int32_t endRow;  // the run's new last row before the shift to RunStart
+    int32_t endRow;    // the run's new last row before the shift to RunStart
+    int32_t startRow;  // the row of frame `first`
 };
+
+// HX40: the count of a run's rows sees a GPS block only away from the edges
+// of the raw data (frames 10 on, and more than eight frames before its end).
+// A window cut out of a run can bring a block to those edges, where the
+// count of the next reprocess would read the block's eight frames as eight
+// rows and the run would grow. So the window gives up the rows up to and
+// including a block that would begin within its first ten frames, and a last
+// row that follows a block beginning eight frames before it (the window then
+// ends on the block's first frame, which counts as one row either way). The
+// window loses at most a tenth of a second at each end, and its length comes
+// through any later reprocess unchanged.
+void KeepHx40BlocksWhole(const RunRecord& r, RawWindow& w) {
+    const RawArray& raw = Store().RawData;
+    const std::span<const uint8_t> v3 = raw.Vector(3);
+    const int32_t rawEnd = std::min(r.RawEnd, raw.UpperIndex());
+    for (bool moved = true; moved && w.first < w.last;) {
+        moved = false;
+        for (int32_t b = w.first; b <= std::min(w.first + 9, w.last); ++b) {
+            if (!Hx40BlockStarts(v3, b, rawEnd)) continue;
+            if (b + 8 > w.last) break;  // the block is the window's last row
+            w.startRow += (b - w.first) + 1;
+            w.first = b + 8;
+            moved = true;
+            break;
+        }
+    }
+    if (w.last - 8 >= w.first && Hx40BlockStarts(v3, w.last - 8, rawEnd)) {
+        w.last -= 8;
+        w.endRow -= 1;
+    }
+}
 
 // HX40: the raw index of a row is the frame at which "counter - 1" of the
 // allocation walk equals the row.
 RawWindow MapHx40(const RunRecord& r, int64_t startRow, int64_t endRow) {
     const RawArray& raw = Store().RawData;
     const int32_t rawEnd = std::min(r.RawEnd, raw.UpperIndex());
-    RawWindow w{r.RawStart, r.RawEnd, static_cast<int32_t>(endRow)};
+    RawWindow w{r.RawStart, r.RawEnd, static_cast<int32_t>(endRow), static_cast<int32_t>(startRow)};
     int64_t counter = r.RunStart;
     bool haveFirst = false;
     for (int64_t i = std::max(r.RawStart, 0); i <= rawEnd; ++i) {
@@ -143,8 +175,9 @@ RawWindow MapHx40(const RunRecord& r, int64_t startRow, int64_t endRow) {
             w.last = static_cast<int32_t>(i);
             break;
         }
-        if (Hx40BlockStarts(raw, i, rawEnd)) i += 7;
+        if (Hx40BlockStarts(raw.Vector(3), i, rawEnd)) i += 7;
     }
+    KeepHx40BlocksWhole(r, w);
     return w;
 }
 
@@ -158,8 +191,8 @@ RawWindow MapSv63(const RunRecord& r, int64_t startRow, int64_t endRow) {
     const RawArray& raw = Store().RawData;
     const int32_t rawStart = std::max(r.RawStart, 0);
     const int32_t rawEnd = std::min(r.RawEnd, raw.UpperIndex());
-    const int step = Sv63Step(r);
-    RawWindow w{r.RawStart, r.RawEnd, static_cast<int32_t>(endRow)};
+    const int step = Sv63Step(r.HeaderBytes[0]);
+    RawWindow w{r.RawStart, r.RawEnd, static_cast<int32_t>(endRow), static_cast<int32_t>(startRow)};
     int64_t counter = r.RunStart;
     bool haveFirst = false;
     for (int64_t i = rawStart; i <= rawEnd; ++i) {
@@ -176,15 +209,22 @@ RawWindow MapSv63(const RunRecord& r, int64_t startRow, int64_t endRow) {
             w.last = static_cast<int32_t>(i);
             break;
         }
-        if (Sv63GpsFollows(raw, i)) i += 3;
+        if (Sv63GpsFollows(raw.Vector(1), i)) i += 3;
     }
     counter = startRow;
     for (int64_t i = w.first; i <= std::min(w.last, rawEnd); ++i) {
         if (!Sv63InMargin(i, rawStart, rawEnd)) continue;
         counter += step;
-        if (Sv63GpsFollows(raw, i)) i += 3;
+        if (Sv63GpsFollows(raw.Vector(1), i)) i += 3;
     }
     w.endRow = static_cast<int32_t>(counter - 1);
+    // The count of a run's rows passes over the first two and the last four
+    // frames of its raw data. The window keeps the two frames before its
+    // first and the four after its last where the run has them, so that the
+    // count of the next reprocess meets exactly the frames counted here and
+    // the trimmed run keeps its length.
+    w.first = std::max(w.first - 2, rawStart);
+    w.last = std::min(w.last + 4, rawEnd);
     return w;
 }
 
@@ -266,7 +306,8 @@ TrimResult TrimRun(int32_t run, const std::string& startTime, const std::string&
         } else {
             const int32_t a = StreamRawIndexOfTime(run, static_cast<int32_t>(Hundredths(st)));
             const int32_t b = StreamRawIndexOfTime(run, static_cast<int32_t>(Hundredths(et)) + 1);
-            w = {a < 0 ? r.RawStart : a, b < 0 ? r.RawEnd : b - 1, static_cast<int32_t>(endRow)};
+            w = {a < 0 ? r.RawStart : a, b < 0 ? r.RawEnd : b - 1, static_cast<int32_t>(endRow),
+                 static_cast<int32_t>(startRow)};
         }
         w.first = std::clamp(w.first, r.RawStart, r.RawEnd);
         if (w.last > r.RawEnd) w.last = r.RawEnd;
@@ -274,7 +315,7 @@ TrimResult TrimRun(int32_t run, const std::string& startTime, const std::string&
         // An end time of exactly RunLength hundredths is accepted by the test
         // above though it names the row after the run: the window stops at the
         // run's last row.
-        const int32_t first = static_cast<int32_t>(startRow);
+        const int32_t first = w.startRow;
         const int32_t endRowCut = std::min(w.endRow, r.RunEnd);
         const int32_t oldRawEnd = r.RawEnd;
         const int32_t oldRunEnd = r.RunEnd;

@@ -1,4 +1,6 @@
-// The procedures of the run store and the variable catalogue.
+// The procedures of the run store and the variable catalogue. ClearCurrentRun,
+// CheckInternalDataStillValid and ReprocessAllRuns reach every room of the
+// engine and live at its top, in road/run_road.h.
 #pragma once
 
 #include <cstdint>
@@ -8,10 +10,12 @@ namespace tl {
 
 // --- run store ---
 void AllocateRunArray(int32_t run);
+// The last row run's raw stretch gives when its rows are counted from its
+// RunStart by the family's frame rules or stream scan: the walk
+// AllocateRunArray makes. The trim sets a run's end by it too, so that a
+// reprocess finds the same length.
+int64_t WalkRunRows(int32_t run);
 void WipeRunData(int32_t run);
-void ClearCurrentRun(bool all);
-void CheckInternalDataStillValid();
-void ReprocessAllRuns();
 void PreserveRawData(int32_t newUpperIndex);
 void PreserveRawDataHX40(int32_t newUpperIndex);
 void PreserveRawDataMQ7(int32_t newUpperIndex);
@@ -33,6 +37,9 @@ float AvVar(int32_t first, int32_t last, int32_t column);
 // of a column: element Int((last - first) * fraction). 0 unless both rows lie
 // in the same run and last is above first.
 float FindPercentileOfData(int32_t first, int32_t last, int32_t column, float fraction);
+// Moving average of n = Round(timeConstant * 100) rows on a RunData column;
+// the window of row i is rows i - before + 1 to i + after.
+void LinearFilterVar(int32_t run, int32_t column, float timeConstant);
 
 // The trim of frmTrimRun as an engine function. The times are the texts of
 // the StartTime and EndTime boxes, read with GetVal.

@@ -8,13 +8,11 @@
 #include "store/run_store.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstring>
 #include <new>
 #include <vector>
 
-#include "convert/conversion_state.h"
-#include "convert/convert_driver.h"
-#include "convert/stream_scan.h"
 #include "core/build_profile.h"
 #include "core/config_store.h"
 #include "core/errors.h"
@@ -22,13 +20,11 @@
 #include "core/platform.h"
 #include "core/support.h"
 #include "core/ui_services.h"
-#include "derived/reference_lap.h"
-#include "derived/time_slip.h"
-#include "files/summary_run_list.h"
-#include "results/track_markers.h"
+#include "formats/plane_frames.h"
 #include "store/catalogue.h"
-#include "store/frame_rules.h"
 #include "store/run_procedures.h"
+#include "store/slot_columns.h"
+#include "store/stream_scan.h"
 
 namespace tl {
 
@@ -136,6 +132,26 @@ bool ValidRecord(int32_t run) {
 
 }  // namespace
 
+int64_t WalkRunRows(int32_t run) {
+    const RunStore& s = Store();
+    const RunRecord& r = s.RunInfo[run];
+    const BuildProfile& p = Profile();
+    const RawArray& raw = s.RawData;
+    // A run's raw range never reaches past the array, whatever a file
+    // claimed: the walk stops at the array's last index.
+    const int32_t rawEnd = std::min(r.RawEnd, raw.UpperIndex());
+    const int32_t rawStart = std::max(r.RawStart, 0);
+    if (rawEnd != r.RawEnd)
+        LogDebug("raw end beyond the raw data, cut to " + std::to_string(rawEnd));
+    if (p.HardwareSV63)
+        return WalkSv63Rows(raw.Vector(1), Sv63Step(r.HeaderBytes[0]), rawStart, rawEnd,
+                            r.RunStart);
+    if (p.HardwareHX40) return WalkHx40Rows(raw.Vector(3), rawStart, rawEnd, r.RunStart);
+    if (p.HardwareMQ7 || p.HardwareSW63) return r.RunStart + CountStreamRows(run);
+    Message("No hardware defined!!");
+    return r.RunStart;
+}
+
 void AllocateRunArray(int32_t run) {
     Procedure("AllocateRunArray", [&] {
         if (!ValidRecord(run)) return;
@@ -146,35 +162,7 @@ void AllocateRunArray(int32_t run) {
         // The test looks at RunCount, not at run: ReprocessAllRuns relies on it.
         r.RunStart = (s.RunCount == 1) ? 1 : s.RunInfo[run - 1].RunEnd + 1;
 
-        const BuildProfile& p = Profile();
-        const RawArray& raw = s.RawData;
-        // A run's raw range never reaches past the array, whatever a file
-        // claimed: the walk stops at the array's last index.
-        const int32_t rawEnd = std::min(r.RawEnd, raw.UpperIndex());
-        const int32_t rawStart = std::max(r.RawStart, 0);
-        if (rawEnd != r.RawEnd)
-            LogDebug("raw end beyond the raw data, cut to " + std::to_string(rawEnd));
-        int64_t counter = r.RunStart;
-        if (p.HardwareSV63) {
-            const int step = Sv63Step(r);
-            for (int64_t i = rawStart; i <= rawEnd; ++i) {
-                if (Sv63InMargin(i, rawStart, rawEnd)) {
-                    counter += step;
-                    if (Sv63GpsFollows(raw, i)) i += 3;
-                }
-            }
-            counter -= 1;
-        } else if (p.HardwareHX40) {
-            for (int64_t i = rawStart; i <= rawEnd; ++i) {
-                counter += 1;
-                if (Hx40BlockStarts(raw, i, rawEnd)) i += 7;
-            }
-            counter -= 1;
-        } else if (p.HardwareMQ7 || p.HardwareSW63) {
-            counter += CountStreamRows(run);
-        } else {
-            Message("No hardware defined!!");
-        }
+        const int64_t counter = WalkRunRows(run);
         HidePleaseWait();
         // More rows than a 32-bit row index holds cannot be allocated anyway;
         // the allocation below then fails as a run-time error.
@@ -207,82 +195,6 @@ void WipeRunData(int32_t run) {
             auto col = s.RunData.Column(c);
             std::fill(col.begin() + first, col.begin() + last + 1, -1.0f);
         }
-    });
-}
-
-void ClearCurrentRun(bool all) {
-    Procedure("ClearCurrentRun", [&] {
-        RunStore& s = Store();
-        LogDebug("Clearing all run data");
-        SetAvailableVars();
-        if (all) {
-            // The view lists, the per-run dashboards and the singleton views
-            // belong to the shell: it unloads them all, letting events run.
-            CurrentPlatform().shell->UnloadAllViews();
-            DoEvents();
-            Conversion().ResetStartValues();
-            SummaryRuns().Clear();
-            LogDebug("resetting TrackMarkerData");
-            Markers().Reset();
-            Measurements().Reset();
-            s.RawData.Reset(Profile().PlaneFamily());
-            // Texts and numbers all cleared; the pipeline puts the ambient
-            // defaults back in place of zero.
-            for (RunRecord& r : s.RunInfo) {
-                r = RunRecord{};
-                r.AmbientPressure = 0;
-                r.AmbientTemperature = 0;
-                r.AmbientHumidity = 0;
-            }
-            s.RunCount = 0;
-        }
-        for (RunRecord& r : s.RunInfo) {
-            r.RunStart = 0;
-            r.RunEnd = 0;
-            r.RunLength = 0;
-        }
-        Conversion().ClearGpsReference();
-        s.CurrentRun = 1;
-        s.LapCount = 0;
-        s.RefLapNumber = 0;
-        RefLap().Reset();
-        RefLap().NumOfBeacons = GetConfigInt(Paths().TracelabCfgPath, "NumOfBeacons");
-        s.RunData.Reset(1, 202);
-    });
-}
-
-void CheckInternalDataStillValid() {
-    Procedure("CheckInternalDataStillValid", [&] {
-        ShowPleaseWait("Check Internal Data");
-        CheckAllTrackMarkers();
-        RecalcTimeSlip();
-        // Every open view refreshes itself, in the documented order: the XY
-        // graphs, the track map, the bar charts, the measurements table, the
-        // mini map, the value table, the performance, summary and lap tables.
-        CurrentPlatform().shell->RefreshOpenViews();
-        HidePleaseWait();
-    });
-}
-
-void ReprocessAllRuns() {
-    Procedure("ReprocessAllRuns", [&] {
-        RunStore& s = Store();
-        // The clear makes run 1 current; the run the user had active is noted
-        // first so that it is still converted first (three runs with run 2
-        // active convert as 2, 1, 3) and stays the current run.
-        const int32_t active = s.CurrentRun;
-        ClearCurrentRun(false);
-        const int32_t count = s.RunCount;
-        for (int32_t n = 1; n <= count; ++n) {
-            s.RunCount = n;
-            AllocateRunArray(n);
-        }
-        s.RunCount = count;
-        if (active >= 1 && active <= count) s.CurrentRun = active;
-        if (count >= 1) ConvertRawToRunData(s.CurrentRun);
-        for (int32_t n = 1; n <= count; ++n)
-            if (n != s.CurrentRun) ConvertRawToRunData(n);
-        CheckInternalDataStillValid();
     });
 }
 
@@ -472,6 +384,33 @@ float FindPercentileOfData(int32_t first, int32_t last, int32_t column, float fr
     QSort(sorted, 0, static_cast<int32_t>(sorted.size()) - 1);
     const auto k = static_cast<size_t>(static_cast<double>(last - first) * fraction);
     return sorted[std::min(k, sorted.size() - 1)];
+}
+
+void LinearFilterVar(int32_t run, int32_t column, float timeConstant) {
+    Procedure("LinearFilterVar", [&] {
+        const RunRows rows = RowsOf(run);
+        RunArray& rd = Store().RunData;
+        if (!rows.ok || column < 0 || column >= rd.Columns()) return;
+        // Round halves to even, as the system's Round does (default FP mode).
+        const double nd = std::nearbyint(static_cast<double>(timeConstant * 100.0f));
+        if (!(nd >= 2.0) || nd > static_cast<double>(rows.length) - 10.0) return;
+        const int32_t n = static_cast<int32_t>(nd);
+        const int32_t before = (n - 1) / 2;
+        const int32_t after = n - before;
+        float* v = rd.Column(column).data();
+        double sum = 0.0;
+        for (int32_t i = rows.first; i <= rows.first + n - 1; ++i) sum += v[i];
+        thread_local std::vector<float> tmp;
+        tmp.resize(static_cast<size_t>(rows.last) + 1);
+        for (int32_t i = rows.first + before; i <= rows.last - after - 1; ++i) {
+            sum = sum - v[i - before] + v[i + after];
+            tmp[i] = static_cast<float>(sum / n);
+        }
+        // One block copy rather than a loop of single stores, which the
+        // compiler has to keep as they are (the arrays might overlap).
+        const int32_t from = rows.first + before + 1, to = rows.last - after - 1;
+        if (to >= from) std::copy(tmp.begin() + from, tmp.begin() + to + 1, v + from);
+    });
 }
 
 }  // namespace tl

@@ -19,6 +19,7 @@
 #include "convert_helpers.h"
 #include "core/config_store.h"
 #include "files/raw_run_files.h"
+#include "road/run_road.h"
 #include "support/engine_fixture.h"
 
 namespace tl {

@@ -11,8 +11,8 @@
 #include "convert/family_converters.h"
 #include "convert/gps.h"
 #include "convert/mq7_stream.h"
-#include "convert/stream_scan.h"
 #include "convert_helpers.h"
+#include "store/stream_scan.h"
 #include "support/engine_fixture.h"
 
 namespace tl {

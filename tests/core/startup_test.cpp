@@ -5,8 +5,8 @@
 
 #include "core/build_profile.h"
 #include "core/config_store.h"
-#include "core/startup.h"
 #include "core/system_info.h"
+#include "road/startup.h"
 #include "store/catalogue.h"
 #include "store/run_store.h"
 #include "support/engine_fixture.h"

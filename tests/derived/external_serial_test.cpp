@@ -4,7 +4,7 @@
 
 #include <filesystem>
 
-#include "derived/external_serial.h"
+#include "core/external_serial.h"
 #include "derived_helpers.h"
 #include "support/engine_fixture.h"
 

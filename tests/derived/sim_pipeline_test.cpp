@@ -15,11 +15,12 @@
 #include <vector>
 
 #include "convert/conversion_state.h"
-#include "convert/convert_driver.h"
 #include "convert/gps.h"
 #include "core/config_store.h"
 #include "derived_helpers.h"
 #include "files/raw_run_files.h"
+#include "road/convert_driver.h"
+#include "road/run_road.h"
 #include "support/engine_fixture.h"
 
 namespace tl {

@@ -16,7 +16,6 @@
 #include <string>
 #include <vector>
 
-#include "convert/convert_driver.h"
 #include "core/config_store.h"
 #include "core/support.h"
 #include "derived/beacons.h"
@@ -26,6 +25,8 @@
 #include "files/raw_run_files.h"
 #include "results/laps.h"
 #include "results/track_markers.h"
+#include "road/convert_driver.h"
+#include "road/run_road.h"
 #include "support/engine_fixture.h"
 
 namespace tl {

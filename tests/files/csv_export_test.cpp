@@ -11,9 +11,10 @@
 #include <string>
 #include <vector>
 
-#include "convert/convert_driver.h"
 #include "files/csv_export.h"
 #include "files/raw_run_files.h"
+#include "road/convert_driver.h"
+#include "road/run_road.h"
 #include "run_file_builder.h"
 #include "store/catalogue.h"
 #include "store/run_procedures.h"

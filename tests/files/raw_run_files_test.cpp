@@ -12,6 +12,7 @@
 #include "files/raw_run_files.h"
 #include "files/run_file_builder.h"
 #include "files/summary_run_list.h"
+#include "road/run_road.h"
 #include "store/run_procedures.h"
 #include "store/run_store.h"
 #include "support/engine_fixture.h"

@@ -15,8 +15,8 @@
 #include <memory>
 
 #include "core/build_profile.h"
-#include "core/startup.h"
 #include "gui_fixture.h"
+#include "road/startup.h"
 #include "shell/main_form.h"
 #include "shell/qt_startup_ui.h"
 #include "store/run_store.h"

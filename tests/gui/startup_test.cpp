@@ -15,9 +15,9 @@
 
 #include "core/build_profile.h"
 #include "core/config_store.h"
-#include "core/startup.h"
 #include "files/run_file_builder.h"
 #include "gui_fixture.h"
+#include "road/startup.h"
 #include "shell/main_form.h"
 #include "shell/qt_startup_ui.h"
 #include "shell/start_forms.h"

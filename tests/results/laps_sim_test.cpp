@@ -13,15 +13,16 @@
 #include <string>
 #include <vector>
 
-#include "convert/convert_driver.h"
-#include "convert/slot_columns.h"
 #include "core/config_store.h"
 #include "derived/derived_helpers.h"
 #include "files/raw_run_files.h"
 #include "results/laps.h"
 #include "results/measurement_table.h"
 #include "results/track_markers.h"
+#include "road/convert_driver.h"
+#include "road/run_road.h"
 #include "store/run_procedures.h"
+#include "store/slot_columns.h"
 #include "support/engine_fixture.h"
 
 namespace tl {

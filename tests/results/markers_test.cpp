@@ -7,7 +7,6 @@
 #include <random>
 #include <string>
 
-#include "convert/slot_columns.h"
 #include "core/config_store.h"
 #include "derived/derived_helpers.h"
 #include "derived/time_slip.h"
@@ -15,6 +14,7 @@
 #include "results/measurement_table.h"
 #include "results/track_markers.h"
 #include "store/run_procedures.h"
+#include "store/slot_columns.h"
 #include "support/engine_fixture.h"
 
 namespace tl {

@@ -4,14 +4,15 @@
 #include <algorithm>
 #include <filesystem>
 
-#include "convert/stream_scan.h"
 #include "core/build_profile.h"
 #include "core/config_store.h"
 #include "files/summary_run_list.h"
 #include "raw_runs.h"
+#include "road/run_road.h"
 #include "store/catalogue.h"
 #include "store/run_procedures.h"
 #include "store/run_store.h"
+#include "store/stream_scan.h"
 #include "support/engine_fixture.h"
 
 namespace tl::test {

@@ -7,7 +7,8 @@
 
 #include "core/build_profile.h"
 #include "core/config_store.h"
-#include "store/active_variables.h"
+#include "road/active_variables.h"
+#include "road/run_road.h"
 #include "store/catalogue.h"
 #include "store/run_procedures.h"
 #include "store/run_store.h"

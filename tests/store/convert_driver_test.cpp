@@ -5,10 +5,11 @@
 #include <algorithm>
 #include <filesystem>
 
-#include "convert/convert_driver.h"
 #include "core/build_profile.h"
 #include "core/config_store.h"
 #include "raw_runs.h"
+#include "road/convert_driver.h"
+#include "road/run_road.h"
 #include "store/catalogue.h"
 #include "store/run_procedures.h"
 #include "store/run_store.h"

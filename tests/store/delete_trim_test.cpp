@@ -6,6 +6,7 @@
 #include "core/build_profile.h"
 #include "core/config_store.h"
 #include "raw_runs.h"
+#include "road/run_road.h"
 #include "store/catalogue.h"
 #include "store/run_procedures.h"
 #include "store/run_store.h"
@@ -160,11 +161,15 @@ TEST_F(DeleteTrimTest, Hx40TrimKeepsTheWindowAndShiftsLaterRuns) {
     const RunStore& s = Store();
     const RunRecord& r = s.RunInfo[1];
     EXPECT_EQ(r.RunStart, 1);
-    EXPECT_EQ(r.RunLength, 700 - 250 + 1);
-    // Raw window: from the frame of row 250 to the frame of row 700.
-    const int32_t firstFrame = a.rowFrame[250], lastFrame = a.rowFrame[700];
+    // Row 250 is a GPS block (blocks every 100 rows from row 50). At the start
+    // of a raw stretch the row count cannot see a block, and would read its
+    // eight frames as eight rows, so the window gives the block row up and
+    // starts at row 251.
+    ASSERT_EQ(a.rowFrame[251] - a.rowFrame[250], 8);
+    EXPECT_EQ(r.RunLength, 700 - 251 + 1);
+    const int32_t firstFrame = a.rowFrame[251], lastFrame = a.rowFrame[700];
     ExpectRawEquals(1, a, firstFrame, lastFrame - firstFrame + 1);
-    EXPECT_EQ(s.RunData(1, ColumnOf(slot::Time)), 1000250.0f);
+    EXPECT_EQ(s.RunData(1, ColumnOf(slot::Time)), 1000251.0f);
     EXPECT_EQ(s.RunData(r.RunEnd, ColumnOf(slot::Time)), 1000700.0f);
     // Run 2 follows at once, unchanged.
     const RunRecord& r2 = s.RunInfo[2];
@@ -176,8 +181,10 @@ TEST_F(DeleteTrimTest, Hx40TrimKeepsTheWindowAndShiftsLaterRuns) {
     EXPECT_EQ(s.RunData(r2.RunEnd, ColumnOf(slot::Time)), float(2000000 + rb.RunLength - 1));
     EXPECT_EQ(s.RawData.UpperIndex(), r2.RawEnd);
     EXPECT_EQ(s.RunData.UpperRow(), r2.RunEnd);
-    // Reprocessing recounts the rows of the trimmed raw stretch.
+    // Reprocessing recounts the rows of the trimmed raw stretch and finds the
+    // trimmed length.
     ReprocessAllRuns();
+    EXPECT_EQ(s.RunInfo[1].RunLength, 700 - 251 + 1);
     EXPECT_EQ(s.RunInfo[2].RawStart, r.RawEnd + 1);
     EXPECT_EQ(s.RunInfo[2].RunLength, rb.RunLength);
 }
@@ -189,8 +196,10 @@ TEST_F(DeleteTrimTest, Sv63TrimFindsTheTrueEndRowFromTheSteps) {
     ASSERT_EQ(TrimRun(1, "1.00", "3.00"), TrimResult::Done);
     const RunRecord& r = Store().RunInfo[1];
     // The first frame whose counted step reaches past the start row is frame
-    // 51 (rows 98 and 99); the end is frame 151; 101 frames of two rows each.
-    ExpectRawEquals(1, m, 51, 101);
+    // 51 (rows 98 and 99); the end is frame 151; 101 frames of two rows each,
+    // kept with the two frames before and the four after that the row count
+    // passes over.
+    ExpectRawEquals(1, m, 49, 107);
     EXPECT_EQ(r.RunLength, 202);
     EXPECT_EQ(Store().RunData.UpperRow(), r.RunEnd);
 }

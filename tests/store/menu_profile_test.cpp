@@ -7,6 +7,7 @@
 
 #include "core/config_store.h"
 #include "raw_runs.h"
+#include "road/run_road.h"
 #include "store/menu_profile.h"
 #include "store/run_procedures.h"
 #include "store/run_store.h"

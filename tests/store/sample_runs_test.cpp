@@ -11,6 +11,7 @@
 #include "core/build_profile.h"
 #include "core/support.h"
 #include "files/raw_run_files.h"
+#include "road/run_road.h"
 #include "store/catalogue.h"
 #include "store/run_procedures.h"
 #include "store/run_store.h"

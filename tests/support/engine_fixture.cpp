@@ -9,6 +9,7 @@
 #include "core/build_profile.h"
 #include "core/config_store.h"
 #include "core/platform.h"
+#include "road/run_road.h"
 #include "store/catalogue.h"
 #include "store/run_procedures.h"
 #include "store/run_store.h"

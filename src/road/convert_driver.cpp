@@ -2,7 +2,7 @@
 // standing in the family's options file (CarCfgPath) for the length of the
 // conversion: the current options wait in the family's scratch file
 // (TempDatPath) and are put back afterwards.
-#include "convert/convert_driver.h"
+#include "road/convert_driver.h"
 
 #include "convert/family_converters.h"
 #include "core/build_profile.h"
@@ -11,6 +11,7 @@
 #include "core/log.h"
 #include "core/ui_services.h"
 #include "derived/pipeline.h"
+#include "road/run_road.h"
 #include "store/run_procedures.h"
 #include "store/run_store.h"
 
@@ -102,9 +103,12 @@ void ConvertRawToRunData(int32_t run, bool derivedPipeline) {
             ConvertRawToRunData_SV63(run);
         else if (p.HardwareHX40)
             ConvertRawToRunData_HX40(run);
-        else if (p.HardwareMQ7 || p.HardwareSW63)
+        else if (p.HardwareMQ7 || p.HardwareSW63) {
             ConvertRawToRunData_MQ7(run);
-        else
+            // MQ7 (not SW63): the wheel speed of the vehicle options'
+            // formula closes the conversion of the record stream.
+            if (p.HardwareMQ7) CalculateFormulaWheelSpeed(run);
+        } else
             Message("Hardware not specified!");
 
         if (derivedPipeline) {

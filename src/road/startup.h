@@ -39,6 +39,9 @@ struct StartupOptions {
     std::string configDir;
     // The whole command line as one string (tokens <hx40> ... <f:path>).
     std::string commandLine;
+    // False for a program without windows: the start then does not ask for
+    // the help files, which only the help window opens.
+    bool helpWindow = true;
 };
 
 // Sets up the paths for the executable and seeds the configuration root with
@@ -57,6 +60,8 @@ void ReadSystemInfoFromWindows();
 // Free physical and free virtual bytes (MemAvailable, and MemAvailable plus
 // SwapFree, from /proc/meminfo).
 void GetWindowsFreeMemory(double& physical, double& virtualBytes);
-bool CheckSystemFileAvailability();
+// The four configuration files must exist and be writeable; with helpWindow
+// the help file must be readable too.
+bool CheckSystemFileAvailability(bool helpWindow = true);
 
 }  // namespace tl

@@ -1,8 +1,9 @@
-#include "store/active_variables.h"
+#include "road/active_variables.h"
 
 #include "core/build_profile.h"
 #include "core/config_store.h"
 #include "core/ui_services.h"
+#include "road/run_road.h"
 #include "store/catalogue.h"
 #include "store/run_procedures.h"
 #include "store/run_store.h"

@@ -1,7 +1,7 @@
-// Small helpers the converters share: a slot's storage column as a plain
-// pointer (so the byte loops index rows without any look-up), its enabled
-// flag, and whether the diagnostic log writes at all (so the loops build no
-// log text when it does not).
+// Small helpers the converters, the derived stages and the results share: a
+// slot's storage column as a plain pointer (so the byte loops index rows
+// without any look-up), its enabled flag, and a run's rows checked against
+// the table.
 #pragma once
 
 #include <cstdint>
@@ -35,10 +35,24 @@ inline float SecondsOfTicks(int32_t ticks) {
     return static_cast<float>(ticks * 0.01);
 }
 
-// LogDebug writes only with DebugFlag on and InterpFlag off.
-inline bool LogOn() {
-    const BuildProfile& p = Profile();
-    return p.DebugFlag && !p.InterpFlag;
+// The rows of a run, valid only when ok: 1 <= run <= 11, 1 <= first <= last
+// <= the table's upper row.
+struct RunRows {
+    int32_t first = 0;
+    int32_t last = -1;
+    int32_t length = 0;
+    bool ok = false;
+};
+
+inline RunRows RowsOf(int32_t run) {
+    RunRows r;
+    if (run < 1 || run > 11) return r;
+    const RunRecord& rec = Store().RunInfo[run];
+    r.first = rec.RunStart;
+    r.last = rec.RunEnd;
+    r.length = rec.RunLength;
+    r.ok = r.first >= 1 && r.last >= r.first && r.last <= Store().RunData.UpperRow();
+    return r;
 }
 
 }  // namespace tl

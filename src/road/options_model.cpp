@@ -1,10 +1,11 @@
-#include "store/options_model.h"
+#include "road/options_model.h"
 
 #include "core/build_profile.h"
 #include "core/config_store.h"
 #include "core/support.h"
 #include "core/ui_services.h"
 #include "derived/reference_lap.h"
+#include "road/run_road.h"
 #include "store/catalogue.h"
 #include "store/run_procedures.h"
 #include "store/run_store.h"

@@ -1,7 +1,7 @@
-// Main is the composition root of the engine: the one core file that reaches
-// up into the run store and the file loaders, because it runs the whole start
-// in its fixed order.
-#include "core/startup.h"
+// Main is the composition root of the engine: it runs the whole start in its
+// fixed order, from the configuration root to the first clear of the run
+// store and the autoload of a run.
+#include "road/startup.h"
 
 #include <sys/utsname.h>
 
@@ -11,12 +11,13 @@
 
 #include "core/build_profile.h"
 #include "core/config_store.h"
+#include "core/external_serial.h"
 #include "core/log.h"
 #include "core/platform.h"
 #include "core/system_info.h"
 #include "core/ui_services.h"
-#include "derived/external_serial.h"
 #include "files/raw_run_files.h"
+#include "road/run_road.h"
 #include "store/run_procedures.h"
 
 namespace tl {
@@ -62,7 +63,7 @@ void ReadSystemInfoFromWindows() {
     LogDebug(text);
 }
 
-bool CheckSystemFileAvailability() {
+bool CheckSystemFileAvailability(bool helpWindow) {
     const SystemPaths& p = Paths();
     const std::string* files[] = {&p.TracelabCfgPath, &p.CarCfgPath, &p.GraphDefsCfgPath,
                                   &p.UserVarsCfgPath};
@@ -81,7 +82,8 @@ bool CheckSystemFileAvailability() {
     }
     auto writeable = [&](int i) { return !created[i] && FileWriteable(*files[i]); };
     const std::string tracelabName = ExtractFileName(p.TracelabCfgPath);
-    if (!FileExists(p.HelpPath) || !FileReadable(p.HelpPath)) {
+    // A program without windows (tracelab-cli) has no help window to open.
+    if (helpWindow && (!FileExists(p.HelpPath) || !FileReadable(p.HelpPath))) {
         PlainMessage("The system help file cannot be accessed (" + tracelabName +
                      "), a reboot or re-installation may be required");
         return false;
@@ -144,7 +146,7 @@ bool Main(const StartupOptions& options, StartupUi& ui) {
 
     // 6.
     LogDebug("check the availability of the file system");
-    if (!CheckSystemFileAvailability()) return false;
+    if (!CheckSystemFileAvailability(options.helpWindow)) return false;
 
     // 7. The start banner.
     LogDebug("show the start banner");

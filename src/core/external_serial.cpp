@@ -1,4 +1,4 @@
-#include "derived/external_serial.h"
+#include "core/external_serial.h"
 
 #include <dlfcn.h>
 
@@ -8,9 +8,9 @@
 #include <set>
 
 #include "core/build_profile.h"
+#include "core/external_serial_api.h"
 #include "core/log.h"
 #include "core/ui_services.h"
-#include "derived/external_serial_api.h"
 
 namespace tl {
 
