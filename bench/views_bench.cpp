@@ -1,0 +1,79 @@
+// The XY graph over five one-hour runs (360,000 rows each), one slot a run:
+// what ReGenerateGraph costs with FastPlot on (2000 points) and off (every
+// row). The runs hold a speed trace swinging through each lap.
+#include <benchmark/benchmark.h>
+
+#include <cmath>
+#include <string>
+
+#include "core/build_profile.h"
+#include "core/config_store.h"
+#include "core/scripted_platform.h"
+#include "store/catalogue.h"
+#include "store/run_procedures.h"
+#include "store/run_store.h"
+#include "store/slot_columns.h"
+#include "support/engine_fixture.h"
+#include "views/graph_model.h"
+
+namespace {
+
+using namespace tl;
+
+constexpr int32_t kRows = 360000;
+constexpr int kRuns = 5;
+
+struct Environment {
+    test::TempDir root;
+    ScriptedPlatform ui;
+    Environment() {
+        test::StartEngine(root, ui, Family::HX40, Vehicle::Car);
+        for (int s : {1, 8, 11}) SetConfig(Paths().TracelabCfgPath, PlainVarName(s), -1);
+        SetAvailableVars();
+        test::LayOutRuns(kRuns, kRows, "hour");
+        float* t = SlotColumn(slot::Time);
+        float* v = SlotColumn(slot::SpeedKph);
+        float* d = SlotColumn(slot::DistanceKm);
+        for (int n = 1; n <= kRuns; ++n) {
+            const RunRecord& r = Store().RunInfo[n];
+            Store().RunInfo[n].Name = "hour" + std::to_string(n);
+            double s = 0;
+            for (int32_t k = 0; k < kRows; ++k) {
+                const int32_t i = r.RunStart + k;
+                const double kph = 100.0 + 60.0 * std::sin(s / 300.0) + n;
+                t[i] = static_cast<float>(k / 100.0);
+                v[i] = static_cast<float>(kph);
+                d[i] = static_cast<float>(s / 1000.0);
+                s += kph / 3.6 / 100.0;
+            }
+        }
+    }
+    ~Environment() { test::StopEngine(); }
+};
+
+GraphModel FiveSlots(bool fastPlot) {
+    GraphModel g;
+    g.Load(1);
+    g.settings.MultipleXAxis = 1;
+    g.settings.FastPlot = fastPlot ? 1 : 0;
+    for (int s = 0; s < kGraphSlots; ++s) {
+        GraphSlotSettings& slot = g.settings.Slots[s];
+        slot.SelYAxis = Catalogue().RunVars[slot::SpeedKph].Name;
+        slot.SelXAxis = Catalogue().RunVars[slot::DistanceKm].Name;
+        slot.AxisRun = std::to_string(s + 1);
+        slot.ActivateYAxis = 1;
+    }
+    return g;
+}
+
+void BM_ReGenerateGraph(benchmark::State& state) {
+    Environment env;
+    GraphModel g = FiveSlots(state.range(0) != 0);
+    for (auto _ : state) g.ReGenerateGraph();
+    state.counters["points"] = g.axis[4].PointCount;
+}
+BENCHMARK(BM_ReGenerateGraph)->Arg(1)->Arg(0)->Unit(benchmark::kMillisecond)->MinTime(2.0);
+
+}  // namespace
+
+BENCHMARK_MAIN();
