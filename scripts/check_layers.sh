@@ -10,14 +10,18 @@ set -euo pipefail
 root=${1:-$(cd "$(dirname "$0")/.." && pwd)}
 cd "$root/src"
 
-rooms=(core formats store convert results derived files link views road platform/qt views/qt shell)
+rooms=(core formats store convert results derived files link views road platform/render platform/qt views/qt shell)
 rank_of() {
     local room=$1 i
     for i in "${!rooms[@]}"; do
         if [ "${rooms[$i]}" = "$room" ]; then
             # Widgets of the views stand beside the shell's.
-            [ "$room" = views/qt ] && { echo 12; return; }
-            [ "$room" = shell ] && { echo 12; return; }
+            # The Gui surfaces stand beside the widgets' platform; the views'
+            # widgets beside the shell.
+            [ "$room" = platform/render ] && { echo 11; return; }
+            [ "$room" = platform/qt ] && { echo 11; return; }
+            [ "$room" = views/qt ] && { echo 13; return; }
+            [ "$room" = shell ] && { echo 13; return; }
             echo "$i"
             return
         fi
@@ -27,7 +31,7 @@ rank_of() {
 room_of_file() {
     local f=$1
     case "$f" in
-        platform/qt/*) echo platform/qt ;;
+        platform/qt/* | platform/render/*) echo "${f%/*}" ;;
         views/qt/*) echo views/qt ;;
         *) echo "${f%%/*}" ;;
     esac
@@ -35,7 +39,7 @@ room_of_file() {
 room_of_include() {
     local inc=$1
     case "$inc" in
-        platform/qt/*) echo platform/qt ;;
+        platform/qt/* | platform/render/*) echo "${inc%/*}" ;;
         views/qt/*) echo views/qt ;;
         *) echo "${inc%%/*}" ;;
     esac

@@ -1,0 +1,326 @@
+#include "platform/render/painter_surface.h"
+
+#include <QBuffer>
+#include <QFontMetricsF>
+#include <QPageSize>
+#include <QPdfWriter>
+#include <QSvgGenerator>
+#include <algorithm>
+#include <cmath>
+#include <filesystem>
+
+#include "core/config_store.h"
+
+namespace tl::render {
+namespace {
+
+constexpr double kPi = 3.14159265358979323846;
+
+QColor ToQColor(uint32_t packed) {
+    return QColor(static_cast<int>(packed & 0xFF), static_cast<int>((packed >> 8) & 0xFF),
+                  static_cast<int>((packed >> 16) & 0xFF));
+}
+
+std::string Lower(std::string s) {
+    for (char& c : s) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+    return s;
+}
+
+}  // namespace
+
+void PainterSurface::Begin(QPaintDevice* device, double width, double height, double dpi) {
+    End();
+    dpi_ = dpi;
+    ppt_ = dpi / kTwipsPerInch;
+    width_ = width;
+    height_ = height;
+    painter_ = std::make_unique<QPainter>(device);
+    painter_->setRenderHint(QPainter::Antialiasing, false);
+    painter_->setRenderHint(QPainter::TextAntialiasing, false);
+}
+
+void PainterSurface::End() {
+    if (painter_) painter_->end();
+    painter_.reset();
+}
+
+double PainterSurface::Dx(double twips) const {
+    return twips * ppt_;
+}
+
+double PainterSurface::Dy(double twips) const {
+    return twips * ppt_;
+}
+
+bool PainterSurface::Prepare(uint32_t colour, bool fill) {
+    if (!painter_) return false;
+    const bool mark = DrawMode == DrawModes::XorPen || DrawMode == DrawModes::Invert;
+    if (mark && !CanUndoMarks()) return false;
+    QPainter& p = *painter_;
+    switch (DrawMode) {
+        case DrawModes::XorPen:
+            p.setCompositionMode(QPainter::RasterOp_SourceXorDestination);
+            break;
+        case DrawModes::Invert:
+            p.setCompositionMode(QPainter::RasterOp_NotDestination);
+            break;
+        case DrawModes::CopyPen:
+            p.setCompositionMode(QPainter::CompositionMode_SourceOver);
+            break;
+    }
+    const double penPx = std::max(1.0, std::round(DrawWidth * dpi_ / 96.0));
+    QPen pen(ToQColor(colour));
+    pen.setWidthF(penPx);
+    pen.setCapStyle(Qt::SquareCap);
+    pen.setJoinStyle(Qt::MiterJoin);
+    if (DrawWidth <= 1 && DrawStyle == DrawStyles::Dot)
+        pen.setStyle(Qt::DotLine);
+    else if (DrawWidth <= 1 && DrawStyle == DrawStyles::Dash)
+        pen.setStyle(Qt::DashLine);
+    p.setPen(pen);
+    if (fill)
+        p.setBrush(ToQColor(colour));
+    else
+        p.setBrush(Qt::NoBrush);
+    return true;
+}
+
+namespace {
+
+// Positions go to the device unit that holds them; a pen of odd width is
+// centred in its pixels.
+double Snap(double device, double penPx) {
+    const double base = std::floor(device);
+    return (static_cast<int>(penPx) % 2 == 1) ? base + 0.5 : base;
+}
+
+}  // namespace
+
+void PainterSurface::Cls() {
+    CurrentX = 0;
+    CurrentY = 0;
+    if (!painter_) return;
+    painter_->setCompositionMode(QPainter::CompositionMode_Source);
+    painter_->fillRect(QRectF(0, 0, width_, height_), ToQColor(BackColor));
+    painter_->setCompositionMode(QPainter::CompositionMode_SourceOver);
+}
+
+void PainterSurface::Line(double x1, double y1, double x2, double y2, uint32_t colour) {
+    CurrentX = x2;
+    CurrentY = y2;
+    if (!Prepare(colour, false)) return;
+    const double w = painter_->pen().widthF();
+    painter_->drawLine(QPointF(Snap(Dx(x1), w), Snap(Dy(y1), w)),
+                       QPointF(Snap(Dx(x2), w), Snap(Dy(y2), w)));
+}
+
+void PainterSurface::Polyline(const double* xs, const double* ys, int count, uint32_t colour) {
+    if (count <= 0) return;
+    CurrentX = xs[count - 1];
+    CurrentY = ys[count - 1];
+    if (!Prepare(colour, false)) return;
+    const double w = painter_->pen().widthF();
+    thread_local std::vector<QPointF> points;
+    points.resize(static_cast<size_t>(count));
+    for (int i = 0; i < count; ++i) points[i] = QPointF(Snap(Dx(xs[i]), w), Snap(Dy(ys[i]), w));
+    painter_->drawPolyline(points.data(), count);
+}
+
+void PainterSurface::Box(double x1, double y1, double x2, double y2, uint32_t colour) {
+    CurrentX = x2;
+    CurrentY = y2;
+    if (!Prepare(colour, false)) return;
+    const double w = painter_->pen().widthF();
+    const double l = Snap(Dx(std::min(x1, x2)), w), r = Snap(Dx(std::max(x1, x2)), w);
+    const double t = Snap(Dy(std::min(y1, y2)), w), b = Snap(Dy(std::max(y1, y2)), w);
+    painter_->drawRect(QRectF(l, t, r - l, b - t));
+}
+
+void PainterSurface::FilledBox(double x1, double y1, double x2, double y2, uint32_t colour) {
+    CurrentX = x2;
+    CurrentY = y2;
+    if (!Prepare(colour, true)) return;
+    painter_->setPen(Qt::NoPen);
+    const double l = std::floor(Dx(std::min(x1, x2))), r = std::floor(Dx(std::max(x1, x2))) + 1;
+    const double t = std::floor(Dy(std::min(y1, y2))), b = std::floor(Dy(std::max(y1, y2))) + 1;
+    painter_->drawRect(QRectF(l, t, r - l, b - t));
+}
+
+void PainterSurface::Circle(double cx, double cy, double radius, uint32_t colour) {
+    CurrentX = cx;
+    CurrentY = cy;
+    if (!Prepare(colour, false)) return;
+    if (FillStyle == FillStyles::Solid) painter_->setBrush(ToQColor(FillColor));
+    const double w = painter_->pen().widthF();
+    const double r = std::max(0.0, radius * ppt_);
+    painter_->drawEllipse(QPointF(Snap(Dx(cx), w), Snap(Dy(cy), w)), r, r);
+}
+
+void PainterSurface::Arc(double cx, double cy, double radius, uint32_t colour, double start,
+                         double end) {
+    CurrentX = cx;
+    CurrentY = cy;
+    if (!Prepare(colour, false)) return;
+    const bool radiusAtStart = start < 0, radiusAtEnd = end < 0;
+    start = std::fabs(start);
+    end = std::fabs(end);
+    double span = end - start;
+    if (span <= 0) span += 2 * kPi;
+    const double w = painter_->pen().widthF();
+    const double r = std::max(0.0, radius * ppt_);
+    const QPointF c(Snap(Dx(cx), w), Snap(Dy(cy), w));
+    const QRectF box(c.x() - r, c.y() - r, 2 * r, 2 * r);
+    const int a16 = static_cast<int>(std::lround(start * 180.0 / kPi * 16.0));
+    const int s16 = static_cast<int>(std::lround(span * 180.0 / kPi * 16.0));
+    if (radiusAtStart && radiusAtEnd) {
+        if (FillStyle == FillStyles::Solid) painter_->setBrush(ToQColor(FillColor));
+        painter_->drawPie(box, a16, s16);
+        return;
+    }
+    painter_->drawArc(box, a16, s16);
+    // Counter-clockwise on the page is towards negative y.
+    auto rim = [&](double a) { return QPointF(c.x() + r * std::cos(a), c.y() - r * std::sin(a)); };
+    if (radiusAtStart) painter_->drawLine(c, rim(start));
+    if (radiusAtEnd) painter_->drawLine(c, rim(end));
+}
+
+QFont PainterSurface::Font() const {
+    QFont f;
+    QStringList families;
+    families << QString::fromStdString(FontName) << QStringLiteral("DejaVu Sans")
+             << QStringLiteral("Liberation Sans");
+    f.setFamilies(families);
+    f.setStyleHint(QFont::SansSerif);
+    // Sizes in points at the device's resolution.
+    f.setPixelSize(std::max(1, static_cast<int>(std::lround(FontSize * dpi_ / 72.0))));
+    f.setBold(FontBold);
+    // Read-outs are erased by printing them again in white, which only
+    // works for text without antialiasing on the raster surfaces.
+    if (CanUndoMarks()) f.setStyleStrategy(QFont::NoAntialias);
+    return f;
+}
+
+double PainterSurface::TextWidth(const std::string& text) {
+    const QFontMetricsF fm(Font());
+    return fm.horizontalAdvance(QString::fromStdString(text)) / ppt_;
+}
+
+double PainterSurface::TextHeight(const std::string&) {
+    const QFontMetricsF fm(Font());
+    return fm.height() / ppt_;
+}
+
+void PainterSurface::Print(const std::string& text) {
+    const double width = TextWidth(text);
+    if (painter_ && !text.empty()) {
+        QPainter& p = *painter_;
+        p.setCompositionMode(QPainter::CompositionMode_SourceOver);
+        const QFont f = Font();
+        p.setFont(f);
+        p.setPen(ToQColor(ForeColor));
+        const QFontMetricsF fm(f);
+        p.drawText(QPointF(std::floor(Dx(CurrentX)), std::floor(Dy(CurrentY)) + fm.ascent()),
+                   QString::fromStdString(text));
+    }
+    CurrentX += width;
+}
+
+RasterSurface::RasterSurface(int widthPx, int heightPx, double dpi) {
+    Resize(widthPx, heightPx, dpi);
+}
+
+RasterSurface::~RasterSurface() {
+    End();
+}
+
+void RasterSurface::Resize(int widthPx, int heightPx, double dpi) {
+    widthPx = std::max(widthPx, 1);
+    heightPx = std::max(heightPx, 1);
+    if (!image_.isNull() && image_.width() == widthPx && image_.height() == heightPx &&
+        PixelsPerTwip() == dpi / kTwipsPerInch)
+        return;
+    End();
+    image_ = QImage(widthPx, heightPx, QImage::Format_RGB32);
+    const int dpm = static_cast<int>(std::lround(dpi / 0.0254));
+    image_.setDotsPerMeterX(dpm);
+    image_.setDotsPerMeterY(dpm);
+    Begin(&image_, widthPx, heightPx, dpi);
+    Cls();
+}
+
+bool RasterSurface::SavePng(const std::string& path, std::string* error) {
+    QByteArray bytes;
+    QBuffer buffer(&bytes);
+    buffer.open(QIODevice::WriteOnly);
+    if (!image_.save(&buffer, "PNG")) {
+        if (error) *error = "The picture could not be encoded";
+        return false;
+    }
+    if (!WriteFileAtomically(path, bytes.toStdString())) {
+        if (error) *error = "The file " + path + " could not be written";
+        return false;
+    }
+    return true;
+}
+
+VectorSurface::VectorSurface(QPaintDevice* device, double widthUnits, double heightUnits,
+                             double dpi) {
+    Begin(device, widthUnits, heightUnits, dpi);
+    Cls();
+}
+
+VectorSurface::~VectorSurface() {
+    End();
+}
+
+bool RenderToFile(const std::string& path, int widthPx, int heightPx,
+                  const std::function<void(DrawSurface&)>& draw, std::string* error) {
+    widthPx = std::max(widthPx, 1);
+    heightPx = std::max(heightPx, 1);
+    const std::string ext = Lower(std::filesystem::path(path).extension().string());
+    auto fail = [&](const std::string& why) {
+        if (error) *error = why;
+        return false;
+    };
+    if (ext == ".png") {
+        RasterSurface surface(widthPx, heightPx, 96.0);
+        draw(surface);
+        return surface.SavePng(path, error);
+    }
+    QByteArray bytes;
+    QBuffer buffer(&bytes);
+    buffer.open(QIODevice::WriteOnly);
+    if (ext == ".svg") {
+        QSvgGenerator svg;
+        svg.setOutputDevice(&buffer);
+        svg.setSize(QSize(widthPx, heightPx));
+        svg.setViewBox(QRect(0, 0, widthPx, heightPx));
+        svg.setResolution(96);
+        svg.setTitle(QStringLiteral("Tracelab"));
+        {
+            VectorSurface surface(&svg, widthPx, heightPx, 96.0);
+            draw(surface);
+        }
+    } else if (ext == ".pdf") {
+        QPdfWriter pdf(&buffer);
+        // Device units of one twip: every length of the views lands exactly.
+        pdf.setResolution(static_cast<int>(kTwipsPerInch));
+        pdf.setPageSize(
+            QPageSize(QSizeF(widthPx * 72.0 / 96.0, heightPx * 72.0 / 96.0), QPageSize::Point));
+        pdf.setPageMargins(QMarginsF(0, 0, 0, 0));
+        pdf.setCreator(QStringLiteral("Tracelab"));
+        {
+            VectorSurface surface(&pdf, widthPx * 15.0, heightPx * 15.0, kTwipsPerInch);
+            draw(surface);
+        }
+    } else {
+        return fail("The file " + path + " is not a .png, .svg or .pdf file");
+    }
+    buffer.close();
+    if (bytes.isEmpty()) return fail("The picture could not be drawn");
+    if (!WriteFileAtomically(path, bytes.toStdString()))
+        return fail("The file " + path + " could not be written");
+    return true;
+}
+
+}  // namespace tl::render

@@ -1,0 +1,108 @@
+// DrawSurface over a QPainter.
+//
+// RasterSurface owns a QImage (32-bit, opaque) at a given resolution and is
+// what the view windows draw on and what PNG files are written from. XOR pen
+// and invert marks are done with the painter's raster operations on the
+// pixels, with antialiasing off, so that drawing a mark twice restores every
+// pixel bit for bit.
+//
+// VectorSurface draws on a QSvgGenerator or a QPdfWriter (or, later, the
+// printer): the same lines, circles and text, resolution-independent; XOR and
+// invert marks are not drawn there (CanUndoMarks is false).
+//
+// Twips become device units through the device's resolution: a device unit is
+// 1440 / dpi twips. Positions are taken to the device unit that holds them,
+// and a pen of odd width is centred in its pixels, so a one-pixel line at 96
+// dpi is one crisp pixel and two crisp pixels at 192 dpi.
+#pragma once
+
+#include <QImage>
+#include <QPainter>
+#include <functional>
+#include <memory>
+#include <string>
+
+#include "core/draw_surface.h"
+
+namespace tl::render {
+
+class PainterSurface : public DrawSurface {
+  public:
+    double ScaleWidth() const override { return width_ / ppt_; }
+    double ScaleHeight() const override { return height_ / ppt_; }
+    double PixelsPerTwip() const override { return ppt_; }
+
+    void Cls() override;
+    using DrawSurface::Line;
+    void Line(double x1, double y1, double x2, double y2, uint32_t colour) override;
+    void Box(double x1, double y1, double x2, double y2, uint32_t colour) override;
+    void FilledBox(double x1, double y1, double x2, double y2, uint32_t colour) override;
+    void Circle(double cx, double cy, double radius, uint32_t colour) override;
+    void Arc(double cx, double cy, double radius, uint32_t colour, double start,
+             double end) override;
+    double TextWidth(const std::string& text) override;
+    double TextHeight(const std::string& text) override;
+    void Print(const std::string& text) override;
+
+    // A polyline through device-mapped points, one call for many segments
+    // (the data of a graph); same pixels as the single lines.
+    void Polyline(const double* xs, const double* ys, int count, uint32_t colour);
+
+    QPainter& Painter() { return *painter_; }
+
+  protected:
+    // Starts painting on the device, which is width x height device units
+    // at dpi.
+    void Begin(QPaintDevice* device, double width, double height, double dpi);
+    void End();
+    // Device coordinates of a position in twips.
+    double Dx(double twips) const;
+    double Dy(double twips) const;
+
+  private:
+    // Sets the pen, brush and raster operation for the current state; false
+    // when the mark is not to be drawn on this surface.
+    bool Prepare(uint32_t colour, bool fill);
+    QFont Font() const;
+
+    std::unique_ptr<QPainter> painter_;
+    double ppt_ = 96.0 / kTwipsPerInch;
+    double dpi_ = 96.0;
+    double width_ = 0, height_ = 0;
+};
+
+class RasterSurface : public PainterSurface {
+  public:
+    // widthPx x heightPx device pixels at dpi (96 at 100 %); cleared to
+    // BackColor.
+    RasterSurface(int widthPx, int heightPx, double dpi = 96.0);
+    ~RasterSurface() override;
+    bool CanUndoMarks() const override { return true; }
+    const QImage& Image() const { return image_; }
+    // Resizes (contents cleared) when the size or resolution changes.
+    void Resize(int widthPx, int heightPx, double dpi);
+    // The picture as a PNG file, written through a temporary file renamed
+    // over the target. False with a message in error on failure.
+    bool SavePng(const std::string& path, std::string* error);
+
+  private:
+    QImage image_;
+};
+
+class VectorSurface : public PainterSurface {
+  public:
+    // Draws on a device the caller keeps alive for the surface's life;
+    // widthUnits x heightUnits of the device at dpi.
+    VectorSurface(QPaintDevice* device, double widthUnits, double heightUnits, double dpi);
+    ~VectorSurface() override;
+    bool CanUndoMarks() const override { return false; }
+};
+
+// Draws a picture of widthPx x heightPx pixels at 96 dpi (1 px = 15 twips)
+// into a PNG, SVG or PDF file chosen by the path's extension, through a
+// temporary file renamed over the target so that a failed write never
+// replaces a good file. False with a message in error on failure.
+bool RenderToFile(const std::string& path, int widthPx, int heightPx,
+                  const std::function<void(DrawSurface&)>& draw, std::string* error);
+
+}  // namespace tl::render
