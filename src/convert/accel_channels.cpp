@@ -48,7 +48,7 @@ float CalcWheelSpeed(int32_t position) {
                              raw(position, 8));
 }
 
-float CalcRpm(int32_t position, int useWheel, int pulsesPerRev) {
+float CalcRpm(int32_t position, int useWheel, float pulsesPerRev) {
     if (!InRaw(position)) return 0;
     const RawArray& raw = Store().RawData;
     return RpmOfFrame(PulseTimers(), position, raw(position, 3), raw(position, 6), raw(position, 7),

@@ -99,7 +99,7 @@ inline float WheelSpeedOfFrame(PulseTimerState& st, int32_t position, uint8_t v3
 }
 
 inline float RpmOfFrame(PulseTimerState& st, int32_t position, uint8_t v3, uint8_t v6, uint8_t v7,
-                        uint8_t v8, int useWheel, int pulsesPerRev) {
+                        uint8_t v8, int useWheel, float pulsesPerRev) {
     if (position == 1) st.ClearEngine();
     int32_t t;
     int c;
@@ -132,7 +132,7 @@ inline float RpmOfFrame(PulseTimerState& st, int32_t position, uint8_t v3, uint8
     st.EngineLeftover = rest;
     st.EnginePrevCount = c;
     if (pulsesPerRev <= 0) return 0;
-    return st.EngineRpm / static_cast<float>(pulsesPerRev);
+    return st.EngineRpm / pulsesPerRev;
 }
 
 // The routines on RawData at a frame position (0 beyond the array).
@@ -140,7 +140,7 @@ float ExtractLongAccel(int32_t position);
 float ExtractLatAccel(int32_t position);
 // Hz at the wheel pulse input.
 float CalcWheelSpeed(int32_t position);
-float CalcRpm(int32_t position, int useWheel, int pulsesPerRev);
+float CalcRpm(int32_t position, int useWheel, float pulsesPerRev);
 
 // The run-wide correction; the first stage of the derived pipeline.
 void ProcessAccels(int32_t run);

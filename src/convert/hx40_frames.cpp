@@ -61,7 +61,8 @@ struct NormContext {
     const float* longTable;
     const float* latTable;
     float wheelScale;
-    int useWheelForRpm, ignitionPulses;
+    int useWheelForRpm;
+    float ignitionPulses;
     int32_t runStart;
     int32_t rowLimit;
 };
@@ -130,7 +131,7 @@ class Hx40Conversion {
     bool kphOn_ = false, mphOn_ = false, posXOn_ = false, posYOn_ = false, satsOn_ = false;
     float analogue1Span_ = 5, analogue2Span_ = 5;
     int useWheelForRpm_ = 0;
-    int ignitionPulses_ = 1;
+    float ignitionPulses_ = 1;
     int wheelPulses_ = 1;
     float rollingCirc_ = 0;
     float wheelScale_ = 0;
@@ -309,8 +310,10 @@ void Hx40Conversion::Run() {
     analogue1Span_ = (r_.HeaderBytes[4] & 32) ? 12.0f : 5.0f;
     analogue2Span_ = (r_.HeaderBytes[4] & 64) ? 12.0f : 5.0f;
     useWheelForRpm_ = GetConfigInt(car, "UseWheelForRpm");
-    ignitionPulses_ = GetConfigInt(car, "IgntionPulsesRev");
-    if (ignitionPulses_ <= 0) ignitionPulses_ = 1;
+    // Pulses per revolution may be a fraction (a wasted-spark coil on a
+    // single gives one pulse every two turns, 0.5); the wheel keys are whole.
+    ignitionPulses_ = GetConfig(car, "IgntionPulsesRev");
+    if (!(ignitionPulses_ > 0)) ignitionPulses_ = 1;
     wheelPulses_ = GetConfigInt(car, "WheelPulsesRev");
     if (wheelPulses_ < 1) wheelPulses_ = 1;
     rollingCirc_ = GetConfig(car, "DrivenRollingCircVal");

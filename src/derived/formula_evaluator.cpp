@@ -28,10 +28,38 @@ double* FormulaEvaluator::DefineVariable(const std::string& name, double value) 
     return p;
 }
 
+namespace {
+
+// The position of an assignment (=, +=, -=, *=, /=) in the formula, or npos.
+// The parser would accept one and write the variable's value, so that a
+// channel such as "Humid = Humid + 1" would count up from row to row; a user
+// channel is an expression of its own row only. The comparisons ==, <=, >=
+// and != are not assignments.
+size_t FindAssignment(const std::string& formula) {
+    for (size_t i = 0; i < formula.size(); ++i) {
+        if (formula[i] != '=') continue;
+        const char before = i > 0 ? formula[i - 1] : ' ';
+        const char after = i + 1 < formula.size() ? formula[i + 1] : ' ';
+        if (after == '=') {
+            ++i;  // "==": both characters belong to the comparison
+            continue;
+        }
+        if (before == '<' || before == '>' || before == '!') continue;
+        return i;
+    }
+    return std::string::npos;
+}
+
+}  // namespace
+
 bool FormulaEvaluator::SetFormula(const std::string& formula) {
     impl_->accepted = false;
     if (formula.size() > kMaxFormulaLength) {
         error_ = "formula too long";
+        return false;
+    }
+    if (const size_t at = FindAssignment(formula); at != std::string::npos) {
+        error_ = "assignment at position " + std::to_string(at + 1);
         return false;
     }
     try {

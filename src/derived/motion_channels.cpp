@@ -130,7 +130,11 @@ void CalcPower(int32_t run) {
         const float Pd = rec.AmbientPressure * 1000.0f - Pv * rec.AmbientHumidity;
         const float rhoDry = Pd / (287.05f * T);
         float rhoStd, corr;
-        switch (GetConfigInt(cfg, "HPCorrection")) {
+        // 1 SAE, 2 ECE, 3 DIN; any other value, a fraction too, is STP.
+        const float hpKey = GetConfig(cfg, "HPCorrection");
+        const int correction =
+            (hpKey == 1.0f || hpKey == 2.0f || hpKey == 3.0f) ? static_cast<int>(hpKey) : 4;
+        switch (correction) {
             case 1:
                 rhoStd = 99000.0f / ((25.0f + 273.15f) * 287.05f);
                 corr = rhoStd / rhoDry / 0.85f;

@@ -89,6 +89,34 @@ TEST_F(UserChannels, CheckReportsSlotsAndConstants) {
                                      slots, consts));
 }
 
+// A channel is an expression of its own row: an assignment, which would let
+// a formula count from row to row, is refused with the definition message and
+// its channel holds 0; comparisons stay.
+TEST_F(UserChannels, AssignmentsAreRefusedComparisonsKept) {
+    Define({{"Count", "Humid = Humid + 1", 0},
+            {"Add", "VAR_07 += 1", 0},
+            {"Pair", "(VAR_07 = 3) * 0 + VAR_07", 0},
+            {"Compare", "(VAR_07 == 3) + (VAR_07 <= 2) + (VAR_07 >= 49) + (VAR_07 != 1)", 0}});
+    ui.ClearRecords();
+    CalculateUserChannels(1);
+    for (int32_t i = 1; i <= 50; ++i) {
+        EXPECT_EQ(V(i, 100), 0.0f) << i;
+        EXPECT_EQ(V(i, 101), 0.0f) << i;
+        EXPECT_EQ(V(i, 102), 0.0f) << i;
+        EXPECT_EQ(V(i, 7), static_cast<float>(i));  // nothing wrote the input
+        const float expected = (i == 3) + (i <= 2) + (i >= 49) + (i != 1);
+        EXPECT_EQ(V(i, 103), expected) << i;
+    }
+    for (const char* name : {"Count", "Add", "Pair"})
+        EXPECT_TRUE(
+            ui.Saw(ScriptedEvent::Kind::Message,
+                   std::string("There is an error in the definition of user variable ") + name));
+    std::vector<int> slots;
+    std::vector<bool> consts;
+    EXPECT_FALSE(CheckInputsRequired("Mass = 3", slots, consts));
+    EXPECT_TRUE(CheckInputsRequired("Mass == 3", slots, consts));
+}
+
 TEST_F(UserChannels, FileRoundTripAndHostileText) {
     const std::vector<UserChannel> in = {{"A \"quoted\" name", "VAR_02\r\n*2", -1}, {"", "", 0}};
     ASSERT_TRUE(SaveUserChannels(Paths().UserVarsCfgPath, in));
