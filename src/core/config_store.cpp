@@ -1,5 +1,7 @@
 #include "core/config_store.h"
 
+#include "core/atomic_file.h"
+
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -324,26 +326,9 @@ std::string ExtractFileName(const std::string& path) {
 
 bool WriteFileAtomically(const std::string& path, const std::string& bytes) {
     if (path.empty()) return false;
-    static std::mt19937 rng{std::random_device{}()};
-    const std::string temp = path + ".part" + std::to_string(rng() % 1000000);
-    {
-        std::FILE* f = std::fopen(temp.c_str(), "wb");
-        if (!f) return false;
-        bool ok = std::fwrite(bytes.data(), 1, bytes.size(), f) == bytes.size();
-        ok = (std::fflush(f) == 0) && ok;
-        ok = (std::fclose(f) == 0) && ok;
-        if (!ok) {
-            std::remove(temp.c_str());
-            return false;
-        }
-    }
-    std::error_code ec;
-    fs::rename(temp, path, ec);
-    if (ec) {
-        std::remove(temp.c_str());
-        return false;
-    }
-    return true;
+    AtomicFileWriter out(path);
+    out.Write(bytes.data(), bytes.size());
+    return out.Commit();
 }
 
 bool CopyFileReplacing(const std::string& from, const std::string& to) {

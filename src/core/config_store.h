@@ -78,7 +78,10 @@ std::string ExtractFileName(const std::string& path);
 // option files around (car files, the scratch file).
 bool CopyFileReplacing(const std::string& from, const std::string& to);
 bool DeleteFileIfPresent(const std::string& path);
-// Writes the whole text to path through a temporary file and a rename.
+// Writes the whole text to path through the one atomic writer of the program
+// (core/atomic_file.h): a temporary file beside it renamed over it, so a
+// failed write leaves the old file whole; a symbolic link stays a link to its
+// replaced file, and the file keeps its permissions.
 bool WriteFileAtomically(const std::string& path, const std::string& bytes);
 
 }  // namespace tl

@@ -16,7 +16,7 @@
 #include "core/platform.h"
 #include "core/support.h"
 #include "core/ui_services.h"
-#include "files/atomic_file.h"
+#include "core/atomic_file.h"
 #include "formats/plane_frames.h"
 #include "store/catalogue.h"
 #include "store/run_store.h"

@@ -14,7 +14,7 @@
 #include "core/log.h"
 #include "core/platform.h"
 #include "core/ui_services.h"
-#include "files/atomic_file.h"
+#include "core/atomic_file.h"
 #include "files/summary_run_list.h"
 #include "results/track_markers.h"
 #include "store/run_procedures.h"

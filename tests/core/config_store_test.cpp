@@ -36,6 +36,35 @@ TEST_F(ConfigStore, GetConfigReadsKeysExactly) {
     EXPECT_EQ(ui.Count(Kind::Message), 0);
 }
 
+// A configuration file kept elsewhere behind a link, private to its owner:
+// saving an option replaces the linked file's content and keeps the link and
+// the permissions; a save that cannot be made leaves the old file whole.
+TEST_F(ConfigStore, WritesKeepLinksAndPermissions) {
+    namespace fs = std::filesystem;
+    const std::string real = root.file("private.cfg");
+    WriteAll(real, "\"RunPath\",\"/runs\"\r\n");
+    ::chmod(real.c_str(), 0600);
+    fs::remove(cfg());
+    fs::create_symlink(real, cfg());
+    SetConfig(cfg(), "MappingMode", 2);
+    EXPECT_TRUE(fs::is_symlink(cfg()));
+    EXPECT_EQ(GetConfigString(real, "MappingMode"), "2");
+    EXPECT_EQ(GetConfigString(real, "RunPath"), "/runs");
+    struct stat st {};
+    ASSERT_EQ(::stat(real.c_str(), &st), 0);
+    EXPECT_EQ(st.st_mode & 07777, 0600u);
+    // The folder of the file has gone: nothing can be written, nothing is
+    // left half done.
+    EXPECT_FALSE(WriteFileAtomically(root.file("gone/x.cfg"), "x"));
+    const std::string before = ReadAll(real);
+    fs::remove(cfg());
+    fs::create_directory(cfg());  // a folder where the file should be
+    EXPECT_FALSE(WriteFileAtomically(cfg(), "replaced"));
+    EXPECT_EQ(ReadAll(real), before);
+    for (const auto& e : fs::directory_iterator(root.path()))
+        EXPECT_EQ(e.path().filename().string().find(".saving-"), std::string::npos);
+}
+
 TEST_F(ConfigStore, IntegerOptionsTruncateAndStopAtTheRange) {
     WriteAll(cfg(),
              "\"Pulses\",\"2.9\"\r\n\"Back\",\"-3.7\"\r\n"
