@@ -124,12 +124,74 @@ Engine::~Engine() {
     SetPlatform(Platform{});
 }
 
+namespace {
+
+const char* FamilyToken(Family family) {
+    switch (family) {
+        case Family::HX40:
+            return "hx40";
+        case Family::MQ7:
+            return "mq7";
+        case Family::SV63:
+            return "sv63";
+        case Family::SW63:
+            return "sw63";
+        case Family::None:
+            break;
+    }
+    return "";
+}
+
+// The family of a run file from its type (1 HX40, 200 MQ7, 201 SW63, 202
+// SV63, and the session and summary types of each family); None for a file
+// that cannot be read or is of no known type.
+Family FamilyOfFile(const std::string& path) {
+    std::error_code ec;
+    if (!fs::is_regular_file(path, ec)) return Family::None;
+    RunFileHead head;
+    if (!ReadRunFileHead(path, head)) return Family::None;
+    return FamilyOfRunFileType(head.type);
+}
+
+}  // namespace
+
+std::string FamilyFromRunFiles(const std::vector<std::string>& files, std::string* error) {
+    Family found = Family::None;
+    std::string first;
+    for (const std::string& file : files) {
+        const Family f = FamilyOfFile(file);
+        if (f == Family::None) continue;
+        if (found == Family::None) {
+            found = f;
+            first = file;
+        } else if (f != found) {
+            if (error)
+                *error = "the run files are of different families (" + first + " is " +
+                         FamilyToken(found) + ", " + file + " is " + FamilyToken(f) +
+                         "); load the runs of one family at a time";
+            return {};
+        }
+    }
+    return FamilyToken(found);
+}
+
 bool Engine::Start(const ParsedArgs& args, std::ostream& err) {
     StartupOptions options;
     options.helpWindow = false;
     options.appDir = ExecutableDir();
     options.configDir = args.Value("config-dir");
-    if (!args.Value("family").empty()) options.commandLine += "<" + args.Value("family") + ">";
+    std::string family = args.Value("family");
+    if (family.empty()) {
+        // Without --family the runs say which family reads them; with no
+        // readable run file BuildOptions.cfg decides, as for the program.
+        std::string mix;
+        family = FamilyFromRunFiles(args.positional, &mix);
+        if (!mix.empty()) {
+            err << "tracelab-cli: " << mix << '\n';
+            return false;
+        }
+    }
+    if (!family.empty()) options.commandLine += "<" + family + ">";
     if (!args.Value("vehicle").empty()) options.commandLine += "<" + args.Value("vehicle") + ">";
     std::string problem = PrepareInstallation(options);
     if (!problem.empty()) {
@@ -144,9 +206,28 @@ bool Engine::Start(const ParsedArgs& args, std::ostream& err) {
     return true;
 }
 
+bool RunFileThere(const char* command, const std::string& file) {
+    std::error_code ec;
+    const fs::file_status status = fs::status(file, ec);
+    if (!fs::exists(status)) {
+        std::cerr << "tracelab-cli " << command << ": " << file << ": no such file\n";
+        return false;
+    }
+    if (fs::is_directory(status)) {
+        std::cerr << "tracelab-cli " << command << ": " << file
+                  << " is a directory, not a run file\n";
+        return false;
+    }
+    return true;
+}
+
 bool LoadFiles(const char* command, const std::vector<std::string>& files) {
     bool allLoaded = true;
     for (const std::string& file : files) {
+        if (!RunFileThere(command, file)) {
+            allLoaded = false;
+            continue;
+        }
         const int32_t before = Store().RunCount;
         LoadDataFromFile(file);
         if (Store().RunCount == before) {

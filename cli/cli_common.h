@@ -68,9 +68,18 @@ class Engine {
     int messages_ = 0;
 };
 
+// The family token (hx40, mq7, sv63, sw63) of the run files, from the type
+// of the first that can be read; empty when none can. A mix of families is
+// refused: empty, with the reason in error.
+std::string FamilyFromRunFiles(const std::vector<std::string>& files, std::string* error);
+
 // Loads each file as the load menu does; false (with a line on stderr naming
-// the command) when any was refused.
+// the command) when any was refused. A file that does not exist, or a
+// directory, is said to be so and not offered to the loader.
 bool LoadFiles(const char* command, const std::vector<std::string>& files);
+// False, with "no such file" or "is a directory" on stderr, for a path that
+// is not a file.
+bool RunFileThere(const char* command, const std::string& file);
 
 // A usage error: the reason and the command's usage on stderr.
 int UsageError(const char* command, const std::string& error);

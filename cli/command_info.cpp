@@ -51,6 +51,10 @@ int RunInfo(const std::vector<std::string>& args) {
 
     bool refused = false;
     for (const std::string& file : parsed.positional) {
+        if (!RunFileThere("info", file)) {
+            refused = true;
+            continue;
+        }
         const int32_t runsBefore = Store().RunCount;
         const size_t summariesBefore = SummaryRuns().Runs.size();
         LoadDataFromFile(file);
