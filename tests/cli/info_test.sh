@@ -106,12 +106,16 @@ mapfile -t lines <mq7.out
 run sw63 0 info --config-dir cfg --family sw63 empty.run
 [[ $(cat sw63.out) == "run 1 name=empty raw=0..0 rows="* ]] || fail "sw63: $(cat sw63.out)"
 
-# Without --family the profile comes from BuildOptions.cfg.
+# Without --family the family comes from the run file, whatever
+# BuildOptions.cfg says (it stays the fallback for files of no known type).
 mkdir -p own && printf '0\r\n3\r\n0\r\n0\r\n' >own/BuildOptions.cfg
 run buildoptions 0 info --config-dir own gps.run
 expect_out buildoptions "run 1 name=gps raw=0..199 rows=1..193 length=193 header=0,0,0,0,32,0,0,0"
 printf '1\r\n0\r\n0\r\n0\r\n' >own/BuildOptions.cfg
-run wrongfamily 1 info --config-dir own gps.run
+run fromfile 0 info --config-dir own gps.run
+expect_out fromfile "run 1 name=gps raw=0..199 rows=1..193 length=193 header=0,0,0,0,32,0,0,0"
+# A family given on the command line wins and refuses the other family's run.
+run wrongfamily 1 info --config-dir own --family mq7 gps.run
 expect_out wrongfamily ""
 expect_err wrongfamily "This version of the Tracelab software and the Run file are incompatible. This version of Tracelab if for the MQ7, but the run is from a HX40. Loading will be terminated."
 
