@@ -7,12 +7,14 @@
 #include <QDragEnterEvent>
 #include <QDropEvent>
 #include <QFileInfo>
+#include <QLabel>
 #include <QMdiArea>
 #include <QMdiSubWindow>
 #include <QMenuBar>
 #include <QMessageBox>
 #include <QMimeData>
 #include <QPushButton>
+#include <QStatusBar>
 #include <QToolBar>
 #include <QUrl>
 #include <algorithm>
@@ -25,6 +27,8 @@
 #include "files/raw_run_files.h"
 #include "platform/qt/window_placement.h"
 #include "road/run_road.h"
+#include "shell/app_icons.h"
+#include "shell/help_window.h"
 #include "shell/run_manager.h"
 #include "store/menu_profile.h"
 #include "store/run_procedures.h"
@@ -129,8 +133,67 @@ MainForm::MainForm(QWidget* parent) : QMainWindow(parent) {
     EnableBuildMenus();
     RefreshRecentFiles();
 
+    // The program's icon on every window, the run manager's and the dialogs'
+    // included.
+    QApplication::setWindowIcon(AppIcon());
+    setWindowIcon(AppIcon());
+    status_ = new QLabel(this);
+    status_->setObjectName(QStringLiteral("StatusRuns"));
+    status_->setContentsMargins(0, 0, 12, 0);
+    statusBar()->setObjectName(QStringLiteral("StatusBar"));
+    statusBar()->addPermanentWidget(status_);
+    RefreshStatus();
+
+    // Without a stored place the frame opens maximised (ShowAtStart); this
+    // size serves when it is restored from maximised.
     resize(1240, 780);
     RestoreWindowState();
+}
+
+void MainForm::ShowAtStart() {
+    if (storedPlace_)
+        show();
+    else
+        showMaximized();
+}
+
+QString MainForm::StatusText() const {
+    const BuildProfile& p = Profile();
+    const int32_t runs = Store().RunCount;
+    QString text = runs == 0   ? QStringLiteral("No runs loaded")
+                   : runs == 1 ? QStringLiteral("1 run loaded")
+                               : QStringLiteral("%1 runs loaded").arg(runs);
+    static const char* const families[] = {"", "HX40", "MQ7", "SV63", "SW63"};
+    static const char* const vehicles[] = {"Car", "Kart", "Bike", "Boat"};
+    const int f = static_cast<int>(p.family()), v = static_cast<int>(p.vehicle());
+    if (f > 0 && f < 5) {
+        text += QStringLiteral("  |  ") + QString::fromUtf8(families[f]);
+        if (v >= 0 && v < 4) text += QStringLiteral("  |  ") + QString::fromUtf8(vehicles[v]);
+    }
+    return text;
+}
+
+void MainForm::RefreshStatus() {
+    if (status_ != nullptr) status_->setText(StatusText());
+}
+
+void MainForm::CascadeWindows() {
+    const QList<QMdiSubWindow*> subs = mdi_->subWindowList(QMdiArea::StackingOrder);
+    const QSize area = mdi_->viewport()->size();
+    const int step = std::max(24, fontMetrics().height() + 8);
+    int offset = 0;
+    for (QMdiSubWindow* sub : subs) {
+        if (sub->isHidden()) continue;
+        if (sub->isMinimized() || sub->isMaximized()) sub->showNormal();
+        if (offset + 200 > area.width() || offset + 150 > area.height()) offset = 0;
+        QSize size = sub->size().expandedTo(sub->minimumSizeHint());
+        size = size.boundedTo(QSize(area.width() - offset, area.height() - offset))
+                   .expandedTo(sub->minimumSizeHint());
+        sub->setGeometry(offset, offset, size.width(), size.height());
+        sub->raise();
+        offset += step;
+    }
+    if (!subs.isEmpty()) mdi_->setActiveSubWindow(subs.last());
 }
 
 MainForm::~MainForm() = default;
@@ -209,17 +272,14 @@ void MainForm::RememberRunFile(const std::string& path) {
 void MainForm::OpenHelp(bool index) {
     const std::string& path = index ? Paths().HelpIndexPath : Paths().HelpPath;
     // The original called the help viewer (HtmlHelpA) with the contents or
-    // the index command; the shipped help is HTML, opened by the desktop.
+    // the index command; the shipped help is HTML, shown in the program's own
+    // help window, which needs no browser on the desktop.
     LogDebug("open the help: " + path);
-    int error = 0;
     if (!FileReadable(path)) {
-        error = 2;  // file not found
-    } else if (!QDesktopServices::openUrl(QUrl::fromLocalFile(QString::fromStdString(path)))) {
-        error = 1;
+        PlainMessage("Error 2 opening the help file " + path, "Help");
+        return;
     }
-    if (error != 0) {
-        PlainMessage("Error " + std::to_string(error) + " opening the help file " + path, "Help");
-    }
+    ShowHelpPage(QString::fromStdString(path), this);
 }
 
 bool MainForm::AskToSave() {
@@ -299,8 +359,10 @@ void MainForm::RestoreWindowState() {
     if (!FileReadable(Paths().TracelabCfgPath)) return;
     const ToolWindowKeys mainKeys{"", kMainPrefix};
     if (const std::optional<WindowBox> box = StoredToolWindowBox(mainKeys)) {
-        if (box->width >= 320 && box->height >= 240)
+        if (box->width >= 320 && box->height >= 240) {
             qt::PlaceWindowAt(this, QRect(box->left, box->top, box->width, box->height));
+            storedPlace_ = true;
+        }
     }
 }
 

@@ -68,6 +68,16 @@ class MainForm : public QMainWindow {
     // mnuHelpContents / mnuHelpSearchForHelpOn; a failure is reported in a
     // plain message box with an error number.
     void OpenHelp(bool index);
+    // Window > Cascade: the open windows one behind the other, each keeping
+    // its size as far as the frame allows (never below its own minimum), so
+    // no window's buttons go behind scroll bars.
+    void CascadeWindows();
+    // The first show: in the stored place, or maximised when none is stored.
+    void ShowAtStart();
+    // The status bar's account of what is loaded: the number of runs, the
+    // family and the vehicle.
+    Q_INVOKABLE void RefreshStatus();
+    QString StatusText() const;
 
   protected:
     void closeEvent(QCloseEvent* event) override;
@@ -94,7 +104,9 @@ class MainForm : public QMainWindow {
     QList<QAction*> windowListActions_;
     QPointer<RunManagerForm> runManager_;
     QPointer<LapSectorTimesForm> lapTimes_;
-    bool exiting_ = false;  // mnuFileExit asked already
+    class QLabel* status_ = nullptr;
+    bool storedPlace_ = false;  // RestoreWindowState found a place
+    bool exiting_ = false;      // mnuFileExit asked already
     bool closed_ = false;
 };
 

@@ -5,6 +5,7 @@
 #include <QAction>
 #include <QApplication>
 #include <QFileInfo>
+#include <QKeySequence>
 #include <QMdiArea>
 #include <QMdiSubWindow>
 #include <QMenu>
@@ -18,6 +19,7 @@
 #include "files/car_files.h"
 #include "files/raw_run_files.h"
 #include "road/run_road.h"
+#include "shell/app_icons.h"
 #include "shell/lap_forms.h"
 #include "shell/main_form.h"
 #include "shell/option_dialogs.h"
@@ -126,31 +128,40 @@ void MainForm::BuildMenus() {
     AddEntry(help, "mnuHelpContents", "Help &Contents");
     AddEntry(help, "mnuHelpSearchForHelpOn", "Help &Index");
     AddEntry(help, "mnuHelpAbout", "&About Us");
+
+    // The desktop's usual keys, where the menus' own letters leave room.
+    Entry(QStringLiteral("mnuFileLoadRun"))->setShortcut(QKeySequence::Open);
+    Entry(QStringLiteral("mnuFileSaveRun"))->setShortcut(QKeySequence::Save);
+    Entry(QStringLiteral("PrintGraph"))->setShortcut(QKeySequence::Print);
+    Entry(QStringLiteral("mnuFileExit"))->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_Q));
+    Entry(QStringLiteral("mnuHelpContents"))->setShortcut(QKeySequence::HelpContents);
+    for (QAction* entry : entries_) entry->setShortcutContext(Qt::ApplicationShortcut);
 }
 
 void MainForm::BuildToolbar() {
     struct Button {
         const char* key;
         const char* entry;
-        QStyle::StandardPixmap icon;
+        const char* icon;
         const char* tip;
     };
     const Button buttons[] = {
-        {"open", "mnuFileLoadRun", QStyle::SP_DialogOpenButton, "Load Run Data"},
-        {"save", "mnuFileSaveRun", QStyle::SP_DialogSaveButton, "Save Run Data"},
-        {"RM", "RunManager", QStyle::SP_FileDialogDetailedView, "Run Manager"},
-        {"XY", "mnuGraphXYplot", QStyle::SP_FileDialogContentsView, "Graph"},
-        {"HT", "mnuGraphHistogram", QStyle::SP_FileDialogListView, "Bar Chart"},
-        {"map", "mnuTrackMap", QStyle::SP_DriveNetIcon, "Track Map"},
-        {"table", "Table", QStyle::SP_FileDialogInfoView, "Track Measurements"},
-        {"print", "PrintGraph", QStyle::SP_ComputerIcon, "Print"},
-        {"help", "mnuHelpContents", QStyle::SP_DialogHelpButton, "Help Contents"},
+        {"open", "mnuFileLoadRun", "open", "Load Run Data"},
+        {"save", "mnuFileSaveRun", "save", "Save Run Data"},
+        {"RM", "RunManager", "runmanager", "Run Manager"},
+        {"XY", "mnuGraphXYplot", "graph", "Graph"},
+        {"HT", "mnuGraphHistogram", "barchart", "Bar Chart"},
+        {"map", "mnuTrackMap", "trackmap", "Track Map"},
+        {"table", "Table", "table", "Track Measurements"},
+        {"print", "PrintGraph", "print", "Print"},
+        {"help", "mnuHelpContents", "help", "Help Contents"},
     };
     toolbar_->setIconSize(QSize(22, 22));
     for (const Button& b : buttons) {
         QAction* entry = Entry(QString::fromUtf8(b.entry));
         QAction* button =
-            toolbar_->addAction(style()->standardIcon(b.icon), QString::fromUtf8(b.tip));
+            toolbar_->addAction(ToolIcon(QString::fromUtf8(b.icon)), QString::fromUtf8(b.tip));
+        button->setEnabled(entry->isEnabled());
         button->setObjectName(QString::fromUtf8(b.key));
         button->setToolTip(QString::fromUtf8(b.tip));
         // Each key runs its menu command, and is greyed with it.
@@ -216,7 +227,7 @@ void MainForm::RouteCommands() {
         CheckInternalDataStillValid();
         if (!runManager_.isNull()) runManager_->ResetControls();
     });
-    on("mnuWindowCascade", [this] { mdi_->cascadeSubWindows(); });
+    on("mnuWindowCascade", [this] { CascadeWindows(); });
     on("mnuWindowTileHorizontal", [this] {
         // Tiled one under the other, each the full width.
         const QList<QMdiSubWindow*> subs = mdi_->subWindowList();

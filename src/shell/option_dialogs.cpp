@@ -50,8 +50,28 @@ QLineEdit* NumberBox(const QString& name, const std::string& file) {
     return edit;
 }
 
+// A caption broken into lines of about `width` characters at blanks: a check
+// box does not wrap its text, and the long captions of the options would
+// otherwise make their dialogs wider than a laptop's screen.
+QString Wrapped(const QString& text, int width = 56) {
+    QString out;
+    int line = 0;
+    for (const QString& word : text.split(QLatin1Char(' '), Qt::SkipEmptyParts)) {
+        if (line > 0 && line + 1 + word.size() > width) {
+            out += QLatin1Char('\n');
+            line = 0;
+        } else if (line > 0) {
+            out += QLatin1Char(' ');
+            ++line;
+        }
+        out += word;
+        line += static_cast<int>(word.size());
+    }
+    return out;
+}
+
 QCheckBox* CheckBox(const char* name, const char* caption, const std::string& file) {
-    auto* box = new QCheckBox(QString::fromUtf8(caption));
+    auto* box = new QCheckBox(Wrapped(QString::fromUtf8(caption)));
     box->setObjectName(QString::fromUtf8(name));
     box->setChecked(GetConfig(file, name) != 0.0f);
     return box;
@@ -307,7 +327,6 @@ TracelabOptionsForm::TracelabOptionsForm(QWidget* parent) : QDialog(parent) {
                    "Force mapping data before the first lap beacon and after the last beacon "
                    "onto the reference lap.",
                    file)}) {
-        box->setStyleSheet(QStringLiteral("QCheckBox { max-width: 380px; }"));
         mappingLayout->addWidget(box);
     }
     // The control of UseRawGPSData is named UseRawGpsData in the form.
@@ -315,22 +334,26 @@ TracelabOptionsForm::TracelabOptionsForm(QWidget* parent) : QDialog(parent) {
     mappingLayout->itemAt(2)->widget()->setObjectName(QStringLiteral("UseRawGpsData"));
     top->addWidget(mapping, 2);
 
-    auto* side = new QVBoxLayout;
-    side->addWidget(OptionGroup(
-        "Source of Speed Information", "PowerSpeedSource",
-        {"Use GPS for speed when calculating speed", "Use wheel speed when calculating speed"},
-        GetConfigInt(file, "PowerSpeedSource")));
-    side->addWidget(OptionGroup(
-        "Distance", "DistanceOption",
-        {"Calculate distances using GPS positions", "Calculate distances using GPS speeds",
-         "Calculate distances using wheel speeds"},
-        GetConfigInt(file, "DistanceMode")));
+    // Four small groups in two columns, so the dialog stays low enough for a
+    // laptop's screen.
+    auto* side = new QGridLayout;
+    side->addWidget(OptionGroup("Source of Speed Information", "PowerSpeedSource",
+                                {"Use GPS for speed when calculating speed",
+                                 "Use wheel speed when calculating speed"},
+                                GetConfigInt(file, "PowerSpeedSource")),
+                    0, 0);
+    side->addWidget(OptionGroup("Distance", "DistanceOption",
+                                {"Calculate distances using GPS positions",
+                                 "Calculate distances using GPS speeds",
+                                 "Calculate distances using wheel speeds"},
+                                GetConfigInt(file, "DistanceMode")),
+                    1, 0);
     auto* units = new QGroupBox(QStringLiteral("Power HP Units"));
     auto* unitsLayout = new QVBoxLayout(units);
     const bool imperial = GetConfig(file, "PowerUnit") == 2.0f;
     unitsLayout->addWidget(Radio("MetricHP", "Metric HP (PS)  (735.5W)", !imperial));
     unitsLayout->addWidget(Radio("ImperialHP", "Imperial HP (745.7W)", imperial));
-    side->addWidget(units);
+    side->addWidget(units, 0, 1);
     auto* standard = new QGroupBox(QStringLiteral("Power Correction Standard"));
     auto* standardLayout = new QVBoxLayout(standard);
     const int hp = HPCorrectionShown(GetConfig(file, "HPCorrection"));
@@ -340,16 +363,18 @@ TracelabOptionsForm::TracelabOptionsForm(QWidget* parent) : QDialog(parent) {
     standardLayout->addWidget(Radio("HPCorrectionDIN", "DIN 101.3kPa, 20 C", hp == 3));
     standardLayout->addWidget(
         Radio("HPCorrectionSTP", "STP 103.3 kPa, 15.5 C (85% ME Assumed)", hp == 4));
-    side->addWidget(standard);
+    side->addWidget(standard, 1, 1);
+    side->setRowStretch(2, 1);
     top->addLayout(side, 1);
 
     grid_ = new QTableWidget(0, 5);
     grid_->setObjectName(QStringLiteral("MsGridFilterOptions"));
+    // The headings in two lines each, so the columns can be narrow.
     grid_->setHorizontalHeaderLabels({QStringLiteral("Variable"),
-                                      QStringLiteral("Linear filter time constant [s]"),
-                                      QStringLiteral("Max rate of change in variable [units/s]"),
-                                      QStringLiteral("Min Possible Value [units]"),
-                                      QStringLiteral("Max Possible Value [units]")});
+                                      QStringLiteral("Linear filter time\nconstant [s]"),
+                                      QStringLiteral("Max rate of change in\nvariable [units/s]"),
+                                      QStringLiteral("Min Possible\nValue [units]"),
+                                      QStringLiteral("Max Possible\nValue [units]")});
     for (const FilterRow& row : LoadFilterRows()) {
         const int r = grid_->rowCount();
         grid_->insertRow(r);
@@ -363,7 +388,7 @@ TracelabOptionsForm::TracelabOptionsForm(QWidget* parent) : QDialog(parent) {
     grid_->resizeColumnToContents(0);
     for (int k = 1; k <= 4; ++k)
         grid_->horizontalHeader()->setSectionResizeMode(k, QHeaderView::Stretch);
-    grid_->setMinimumHeight(200);
+    grid_->setMinimumHeight(160);
     layout->addWidget(grid_, 1);
     layout->addWidget(new QLabel(QStringLiteral(
         "See the help index under \"filtering\" for the meaning of these settings.")));
@@ -374,7 +399,7 @@ TracelabOptionsForm::TracelabOptionsForm(QWidget* parent) : QDialog(parent) {
         accept();
     });
     ApplyProfileToOptions();
-    resize(900, 680);
+    resize(sizeHint().expandedTo(QSize(900, 600)));
 }
 
 void TracelabOptionsForm::Save() {
@@ -581,7 +606,12 @@ SelectGraphXAxisForm::SelectGraphXAxisForm(QWidget* parent) : QDialog(parent) {
 void ShowAboutBanner(QWidget* parent) {
     auto* banner = new StartBanner(QStringLiteral("BuildCode:") + Q(BuildIdString()), parent);
     banner->setAttribute(Qt::WA_DeleteOnClose);
-    banner->setWindowFlag(Qt::Window);
+    // A dialog of the program's like any other, not the start's topmost
+    // splash: a message that comes up meanwhile stands above it and can be
+    // answered with the mouse.
+    banner->setWindowFlags(Qt::Dialog | Qt::WindowTitleHint | Qt::WindowCloseButtonHint);
+    banner->setWindowTitle(QStringLiteral("About Tracelab"));
+    banner->setWindowModality(Qt::ApplicationModal);
     banner->show();
 }
 

@@ -41,7 +41,7 @@ void QtStartupUi::HideBanner() {
 void QtStartupUi::ShowMainForm() {
     if (main_.isNull()) main_ = new MainForm;
     platform_.SetMainWindow(main_);
-    main_->show();
+    main_->ShowAtStart();
     main_->raise();
     main_->activateWindow();
     QCoreApplication::processEvents();

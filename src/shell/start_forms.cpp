@@ -1,5 +1,7 @@
 #include "shell/start_forms.h"
 
+#include "shell/help_window.h"
+
 #include <QDesktopServices>
 #include <QFont>
 #include <QHBoxLayout>
@@ -9,6 +11,7 @@
 #include <QVBoxLayout>
 
 #include "core/build_profile.h"
+#include "core/config_store.h"
 #include "core/log.h"
 
 namespace tl::shell {
@@ -89,7 +92,9 @@ FirstRunForm::FirstRunForm(QWidget* parent) : QDialog(parent) {
 bool FirstRunForm::OpenHelpContents() {
     const QString path = QString::fromStdString(Paths().HelpPath);
     LogDebug("open the help contents: " + Paths().HelpPath);
-    return QDesktopServices::openUrl(QUrl::fromLocalFile(path));
+    if (!FileReadable(Paths().HelpPath)) return false;
+    ShowHelpPage(path, nullptr);
+    return true;
 }
 
 }  // namespace tl::shell

@@ -1,5 +1,7 @@
 #include "platform/qt/qt_platform.h"
 
+#include <QStatusBar>
+
 #include <QAction>
 #include <QApplication>
 #include <QFileDialog>
@@ -172,6 +174,8 @@ std::optional<std::string> QtPlatform::InputBox(const std::string& prompt, const
 
 void QtPlatform::ShowWait(const std::string& reason) {
     if (QWidget* main = mainWindow_.data()) main->setCursor(Qt::WaitCursor);
+    // What the program is doing also stands in the frame's status bar.
+    if (QMainWindow* frame = MainFrame()) frame->statusBar()->showMessage(Q(reason));
     if (!waitForm_.isNull() && waitForm_->isVisible()) {
         // Already up. Callers change the text once per column of a resize, a
         // few hundred times in a row: the new text is painted at once unless
@@ -197,6 +201,12 @@ void QtPlatform::ShowWait(const std::string& reason) {
 
 void QtPlatform::HideWait() {
     if (QWidget* main = mainWindow_.data()) main->unsetCursor();
+    if (QMainWindow* frame = MainFrame()) {
+        frame->statusBar()->clearMessage();
+        // Whatever waited (a load, a conversion, a trim) may have changed
+        // what is loaded.
+        QMetaObject::invokeMethod(frame, "RefreshStatus", Qt::DirectConnection);
+    }
     if (!waitForm_.isNull()) {
         waitForm_->hide();
         waitForm_->deleteLater();
@@ -333,6 +343,9 @@ void QtPlatform::RefreshOpenViews() {
     for (QWidget* widget : OpenViews()) {
         if (ViewWindow* view = AsView(widget)) view->Regenerate();
     }
+    // The frame's status bar says what is loaded.
+    if (QMainWindow* frame = MainFrame())
+        QMetaObject::invokeMethod(frame, "RefreshStatus", Qt::DirectConnection);
 }
 
 void QtPlatform::WheelSpeedOptionsDisabled() {
