@@ -278,6 +278,9 @@ TEST_F(ShellTest, CloseAsksToSaveOnlyWithDataAndCancelKeepsTheWindow) {
     EXPECT_EQ(Store().RunCount, 1);
 
     SetConfig(Paths().TracelabCfgPath, "ShowMiniMaps", 1);
+    // A fresh frame opens maximised; a frame in its normal state leaves its
+    // place behind for the next start.
+    main->showNormal();
     user.answers.push_back(QMessageBox::No);
     main->ExitProgram();
     GuiTest::Settle();
