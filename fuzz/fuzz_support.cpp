@@ -8,12 +8,16 @@
 #include <memory>
 #include <set>
 
+#include "convert/family_converters.h"
 #include "core/platform.h"
 #include "core/scripted_platform.h"
 #include "files/csv_export.h"
 #include "files/raw_run_files.h"
+#include "files/summary_run_list.h"
+#include "results/track_markers.h"
 #include "road/active_variables.h"
 #include "road/convert_driver.h"
+#include "road/run_road.h"
 #include "store/run_procedures.h"
 #include "store/run_store.h"
 
@@ -109,6 +113,68 @@ void LoadConvertAndClear(const std::string& path, bool derived) {
         WriteRawCsv(csv, error);
     }
     e.ui.ClearRecords();
+}
+
+void ResetStore() {
+    RunStore& s = Store();
+    for (RunRecord& r : s.RunInfo) r = RunRecord{};
+    s.RunCount = 0;
+    s.CurrentRun = 1;
+    s.RawData.Reset(Profile().PlaneFamily());
+    SummaryRuns().Clear();
+    Markers().ResizeRuns(0);
+    Engine().ui.ClearRecords();
+}
+
+namespace {
+
+// One run of the bytes already in RawData: counted, allocated, converted by
+// the family's converter alone.
+void CountAndConvert(int32_t rawUpper, const uint8_t* header) {
+    RunStore& s = Store();
+    RunRecord& r = s.RunInfo[1];
+    r.Name = "fuzz";
+    r.RawStart = 0;
+    r.RawEnd = rawUpper;
+    for (int i = 0; i < 8; ++i) r.HeaderBytes[i] = header ? header[i] : 0;
+    s.RunCount = 1;
+    AllocateRunArray(1);
+    const BuildProfile& p = Profile();
+    if (p.HardwareHX40)
+        ConvertRawToRunData_HX40(1);
+    else if (p.HardwareSV63)
+        ConvertRawToRunData_SV63(1);
+    else
+        ConvertRawToRunData_MQ7(1);
+}
+
+}  // namespace
+
+void ConvertPlanes(const uint8_t* data, size_t size) {
+    ResetStore();
+    if (size < 16) return;
+    const size_t frames = (size - 8) / 8;
+    RawArray& raw = Store().RawData;
+    raw.Resize(static_cast<int32_t>(frames) - 1);
+    for (int v = 1; v <= 8; ++v) {
+        uint8_t* plane = raw.Vector(v).data();
+        for (size_t f = 0; f < frames; ++f) plane[f] = data[8 + f * 8 + (v - 1)];
+    }
+    CountAndConvert(static_cast<int32_t>(frames) - 1, data);
+}
+
+void ConvertStream(const uint8_t* data, size_t size) {
+    ResetStore();
+    if (size < 1) return;
+    RawArray& raw = Store().RawData;
+    raw.Resize(static_cast<int32_t>(size) - 1);
+    std::copy(data, data + size, raw.Vector(1).data());
+    CountAndConvert(static_cast<int32_t>(size) - 1, nullptr);
+}
+
+void LoadOnly(const std::string& path) {
+    ResetStore();
+    LoadDataFromFile(path, nullptr);
 }
 
 std::string RunFileHead(int32_t type) {

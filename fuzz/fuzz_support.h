@@ -25,6 +25,18 @@ std::string WriteInputFile(const std::string& bytes);
 // would slow the converter harnesses tenfold). The store is emptied at the
 // next UseFamily.
 void LoadConvertAndClear(const std::string& path, bool derived);
+// Empties the run store without rebuilding the catalogue: what the lean
+// harnesses do between inputs (ClearCurrentRun rereads the options files).
+void ResetStore();
+// The lean paths: the bytes go straight into RawData as one run of the
+// family in force, which is counted, allocated and converted by the family's
+// converter. Planes: eight header bytes, then whole frames of eight bytes.
+void ConvertPlanes(const uint8_t* data, size_t size);
+void ConvertStream(const uint8_t* data, size_t size);
+// The file loaders alone on a file (no question is answered Yes, so nothing
+// is processed).
+void LoadOnly(const std::string& path);
+
 // A .run file head: magic 7576 and the type, little-endian.
 std::string RunFileHead(int32_t type);
 // A plane file of the given type: the first eight input bytes are the

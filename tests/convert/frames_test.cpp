@@ -72,6 +72,38 @@ class Hx40Frames : public test::EngineTest {
 // Five blocks, 100 normal frames apart: the first two never count, the third
 // sets the origin 90 rows back, the fourth has three satellites, the fifth a
 // lower-case hemisphere.
+// The satellite count of a block fills the 220 rows from 89 before to 130
+// after the row the block is met at, only while that row lies above
+// RunStart + 90 and below RunEnd - 311: a block of three satellites after
+// `before` normal frames, with `after` normal frames behind it, is met at
+// row before + 1 of a run of before + after rows.
+TEST_F(Hx40Frames, SatelliteCountFillsOnlyInsideItsMargins) {
+    struct Case {
+        int before, after;
+        bool fills;
+    };
+    for (const Case c :
+         {Case{90, 400, false}, Case{91, 400, true}, Case{200, 312, false}, Case{200, 313, true}}) {
+        std::vector<Frame> frames;
+        for (int i = 0; i < c.before; ++i) frames.push_back(NormFrame(0.1, 0.1));
+        AppendBlock(frames, Sentence(",123400,3,5130.0000,N,00010.0000,W,20.0,123.4"));
+        for (int i = 0; i < c.after; ++i) frames.push_back(NormFrame(0.1, 0.1));
+        test::LoadPlaneRun(frames);
+        ConvertRawToRunData_HX40(1);
+        const RunRecord& r = test::Run1();
+        ASSERT_EQ(r.RunEnd, c.before + c.after) << c.before << "/" << c.after;
+        const int32_t met = c.before + 1;
+        const float count = c.fills ? 3.0f : 0.0f;
+        EXPECT_EQ(Row(45, met - 89), count) << c.before << "/" << c.after;
+        EXPECT_EQ(Row(45, met), count) << c.before << "/" << c.after;
+        EXPECT_EQ(Row(45, met + 130), count) << c.before << "/" << c.after;
+        EXPECT_EQ(Row(45, met - 90), 0.0f) << c.before << "/" << c.after;
+        if (met + 131 <= r.RunEnd) {
+            EXPECT_EQ(Row(45, met + 131), 0.0f);
+        }
+    }
+}
+
 TEST_F(Hx40Frames, GpsBlocksLatencyOriginAndScore) {
     std::vector<Frame> frames;
     for (int i = 0; i < 100; ++i) frames.push_back(NormFrame(0.25, -0.5, i == 50));

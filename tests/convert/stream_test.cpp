@@ -12,6 +12,7 @@
 #include "convert/gps.h"
 #include "convert/mq7_stream.h"
 #include "convert_helpers.h"
+#include "road/convert_driver.h"
 #include "store/stream_scan.h"
 #include "support/engine_fixture.h"
 
@@ -145,6 +146,84 @@ TEST_F(Stream, ChannelsHoldAndGpsAtTheMark) {
     EXPECT_NEAR(Row(46, 150), 100205.0 - 0.96 * 10 - 0.51 * 10, 1e-2);
     // The serial record and the linear speed at the last row.
     EXPECT_FLOAT_EQ(Row(51, 600), 3.0f);
+}
+
+// Ids 20 to 27 go to the slots of the logger's analogue inputs in their own
+// order (not a running sequence); id 30 is the linear speed input.
+TEST_F(Stream, AnalogueIdsAndTheLinearSpeedLandInTheirSlots) {
+    // id -> slot, as the logger's channel table has them.
+    const std::pair<int, int> table[] = {{20, 36}, {21, 34}, {22, 35}, {23, 33},
+                                         {24, 32}, {25, 30}, {26, 31}, {27, 29}};
+    StreamBuilder s;
+    s.Tick(1);
+    s.Tick(2);
+    for (const auto& [id, slotNumber] : table) {
+        const int mv = 1000 + id * 10;  // 1.200 V for id 20 ... 1.270 V for id 27
+        s.Rec(id, {uint8_t(mv >> 8), uint8_t(mv & 255)});
+    }
+    s.Rec(30, StreamBuilder::U24(50000));
+    s.Tick(3);
+    test::LoadStreamRun(s.b);
+    ConvertRawToRunData_MQ7(1);
+    const int32_t row = test::Run1().RunStart + 1;  // the second tick's row
+    for (const auto& [id, slotNumber] : table)
+        EXPECT_FLOAT_EQ(Row(slotNumber, row), (1000 + id * 10) / 1000.0f) << "id " << id;
+    // 50000 x 0.001379060159 = 68.953 kph, and the miles beside it.
+    EXPECT_NEAR(Row(slot::SpeedKph, row), 50000 * 0.001379060159, 1e-4);
+    EXPECT_NEAR(Row(slot::SpeedMph, row), 50000 * 0.001379060159 * 0.621371192, 1e-4);
+}
+
+// A serial record is checked over its length byte L plus 3, but the reader
+// then moves on by 3 plus the first byte of the serial data: with L = 2 and
+// a first data byte of 5 it steps 8 bytes, over the beacon record that
+// follows the 5-byte serial record.
+TEST_F(Stream, SerialRecordJumpsByItsFirstDataByte) {
+    StreamBuilder s;
+    s.Tick(1);
+    s.Tick(2);
+    s.Rec(19, {2, 5, 0});  // L = 2, data 5 and 0
+    s.Rec(12, {1});        // beacon on: skipped by the jump
+    s.Tick(3);
+    s.Rec(12, {0});
+    s.Tick(4);
+    test::LoadStreamRun(s.b);
+    ConvertRawToRunData_MQ7(1);
+    const int32_t first = test::Run1().RunStart;
+    EXPECT_FLOAT_EQ(Row(51, first + 1), 2.0f);  // slot 51 gets L
+    for (int32_t row = first; row <= first + 3; ++row)
+        EXPECT_FLOAT_EQ(Row(slot::Time, row), (row - first) / 100.0f);
+    EXPECT_FLOAT_EQ(Row(42, first + 1), 0.0f);  // the beacon was jumped over
+    EXPECT_FLOAT_EQ(Row(42, first + 2), 0.0f);
+}
+
+// Before noon the GPS time of week cannot be placed by the row times (the
+// time slot it would read does not exist): the difference counts as zero,
+// so every row from the last written one to 4 past the mark gets the time
+// as read.
+TEST_F(Stream, GpsTimeBeforeNoonTakesTheTimeAsRead) {
+    ui.secondsSinceMidnight = 9 * 3600.0;
+    StreamBuilder s = Build(300, {100, 200}, 5, 240, 50);
+    test::LoadStreamRun(s.b);
+    ConvertRawToRunData_MQ7(1);
+    for (int32_t row : {150, 190, 201, 205}) EXPECT_FLOAT_EQ(Row(46, row), 100205.0f) << row;
+    EXPECT_FLOAT_EQ(Row(46, 101), 100105.0f);
+}
+
+// The wheel speed of the vehicle options' formula belongs to the MQ7: an
+// SW63 conversion never evaluates it, a bad formula included.
+TEST_F(Stream, OnlyTheMq7RunsTheWheelSpeedFormula) {
+    const std::string bad = "There is an error in the definition of user defined wheel speed ";
+    for (const Family family : {Family::MQ7, Family::SW63}) {
+        UseProfile(family, Vehicle::Car);
+        test::EnableAllVariables();
+        SetConfigString(Paths().CarCfgPath, "WheelSpeedFormula", "VAR_06 * ");
+        StreamBuilder s = Build(50, {}, 5, 240, 50);
+        test::LoadStreamRun(s.b);
+        ui.ClearRecords();
+        ConvertRawToRunData(1, false);
+        EXPECT_EQ(ui.Saw(ScriptedEvent::Kind::Message, bad), family == Family::MQ7)
+            << (family == Family::MQ7 ? "MQ7" : "SW63");
+    }
 }
 
 TEST_F(Stream, GpsWindowAndAccuracyLimits) {

@@ -1,8 +1,9 @@
-// The raw file loaders on whole files: the first input byte chooses the
-// family in force, the rest is the file as it lies on disk, head and all
-// (raw, session and summary types, damaged heads, short and long counts).
-// Every run loaded then goes through the whole processing, derived stages
-// and all, and both CSV exports (the processed one with its time stamps).
+// The whole road of a run, for the longer fuzzing runs: the raw file loaders
+// on whole files (the first input byte chooses the family in force, the rest
+// is the file as it lies on disk, head and all: raw, session and summary
+// types, damaged heads, short and long counts), then every run loaded through
+// the whole processing, derived stages and all, and both CSV exports (the
+// processed one with its time stamps).
 #include <cstdint>
 #include <string>
 
