@@ -189,6 +189,30 @@ TEST_F(DeleteTrimTest, Hx40TrimKeepsTheWindowAndShiftsLaterRuns) {
     EXPECT_EQ(s.RunInfo[2].RunLength, rb.RunLength);
 }
 
+// The form's default end time, RunLength / 100 - 0.01, names the run's last
+// row for every length: "1.15" of a 116-row run is 114.99999... hundredths in
+// binary and must still count as 115, or the trim would cut the last row.
+TEST_F(DeleteTrimTest, DefaultEndTimeKeepsTheLastRowForEveryLength) {
+    int affected = 0;
+    for (int32_t length = 2; length <= 400; ++length) {
+        ClearCurrentRun(true);
+        PlaneRun m;  // HX40 frames without GPS: a row each
+        for (int32_t f = 0; f < length; ++f)
+            for (auto& plane : m.planes) plane.push_back(static_cast<uint8_t>(f));
+        for (auto& plane : m.planes) plane[plane.size() - 1] &= 0xFE;
+        for (int32_t f = 0; f < length; ++f) m.planes[2][f] = 0;  // no GPS marker
+        AddPlaneRun("m", m);
+        ASSERT_EQ(Store().RunInfo[1].RunLength, length);
+        const TrimDefaults d = TrimRunDefaults(1);
+        const double end = std::stod(d.endTime);
+        if (static_cast<int64_t>(end * 100) != length - 1) ++affected;
+        ASSERT_EQ(TrimRun(1, d.startTime, d.endTime), TrimResult::Done) << length;
+        EXPECT_EQ(Store().RunInfo[1].RunLength, length) << d.endTime;
+    }
+    // Some of these lengths are the ones a plain truncation gets wrong.
+    EXPECT_GT(affected, 10);
+}
+
 TEST_F(DeleteTrimTest, Sv63TrimFindsTheTrueEndRowFromTheSteps) {
     Use(Family::SV63);
     const PlaneRun m = MakeSv63Run(400, 2, 100000);  // no GPS: frame = 2 + row / 2
