@@ -104,6 +104,34 @@ TEST_F(Hx40Frames, SatelliteCountFillsOnlyInsideItsMargins) {
     }
 }
 
+// A GPS block is a block only from frame RawStart + 10 on: a block whose
+// first frame is frame 9 of the run is read as seven normal rows, by the count
+// and by the conversion alike, so the run's last row still holds its last
+// frame; from frame 10 on the block and the frame after it make one row.
+TEST_F(Hx40Frames, BlocksStartOnlyPastTheFirstTenFrames) {
+    for (const int before : {9, 10}) {
+        std::vector<Frame> frames;
+        for (int i = 0; i < before; ++i) frames.push_back(NormFrame(0.25, -0.5));
+        AppendBlock(frames, Sentence(",123400,8,5130.0000,N,00010.0000,W,20.0,123.4"));
+        // The marker bit clear inside the block, so that only the frame
+        // before it can start one.
+        for (size_t f = frames.size() - 7; f < frames.size(); ++f) frames[f][2] &= 0xFE;
+        for (int i = 0; i < 30; ++i) frames.push_back(NormFrame(0.25, -0.5));
+        test::LoadPlaneRun(frames);
+        ConvertRawToRunData_HX40(1);
+        const RunRecord& r = test::Run1();
+        const int32_t rows = before == 9 ? before + 7 + 30 : before + 30;
+        ASSERT_EQ(r.RunEnd, rows) << before;
+        EXPECT_FLOAT_EQ(Row(slot::AccelLong, r.RunEnd), 0.25f) << before;
+        EXPECT_FLOAT_EQ(Row(slot::Time, r.RunEnd), (r.RunEnd - 1) / 100.0f) << before;
+        if (before == 10) {
+            EXPECT_FLOAT_EQ(Row(slot::AccelLong, 11), 0.25f);  // the frame after the block
+        } else {
+            EXPECT_NE(Row(slot::AccelLong, 10), 0.25f);  // the sentence's text read as a frame
+        }
+    }
+}
+
 TEST_F(Hx40Frames, GpsBlocksLatencyOriginAndScore) {
     std::vector<Frame> frames;
     for (int i = 0; i < 100; ++i) frames.push_back(NormFrame(0.25, -0.5, i == 50));
