@@ -108,7 +108,7 @@ bool TestExternalSerialCode() {
     bool result = true;
     const int count = lib.count();
     if (count < 0 || count >= TL_ES_MAX_VARIABLES + 1) {
-        Message("\"ExternalSerialConversion.dll\" is reporting an illegal number of variables");
+        Message(" \"ExternalSerialConversion.dll\" is reporting an illegal number of variables");
         result = false;
     } else {
         LogDebug("External serial variables= " + std::to_string(lib.count()));
@@ -120,7 +120,7 @@ bool TestExternalSerialCode() {
             if (!s || !*s || !seen.insert(full).second) namesOk = false;
         }
         if (!namesOk) {
-            Message("\"ExternalSerialConversion.dll\" is reporting an illegal variable name(s)");
+            Message(" \"ExternalSerialConversion.dll\" is reporting an illegal variable name(s)");
             result = false;
         }
         std::random_device rd;

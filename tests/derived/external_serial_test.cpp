@@ -2,6 +2,7 @@
 // interface, its variables in the catalogue, and a build with no library.
 #include <gtest/gtest.h>
 
+#include <cstdlib>
 #include <filesystem>
 
 #include "core/external_serial.h"
@@ -61,6 +62,65 @@ TEST_F(ExternalSerial, NoLibraryMeansNoSerialVariables) {
     UseProfile(Family::MQ7, Vehicle::Car);
     SetAvailableVars();
     EXPECT_NE(Catalogue().RunVars[52].Name.rfind("S:", 0), 0u);
+}
+
+std::string ScriptedLibrary() {
+    return (std::filesystem::path(TRACELAB_BIN_DIR) / ".." / "lib" / "libScriptedSerial.so")
+        .string();
+}
+
+// A library's answers at the start: up to 48 variables with names unique and
+// not empty pass; 49, a repeated name or an empty one is refused with its
+// message and no "S:" variable is offered.
+TEST_F(ExternalSerial, CountAndNamesAreCheckedAtTheStart) {
+    if (!std::filesystem::exists(ScriptedLibrary())) GTEST_SKIP() << "test library not built";
+    SetExternalSerialLibraryPath(ScriptedLibrary());
+    const std::string count =
+        " \"ExternalSerialConversion.dll\" is reporting an illegal number "
+        "of variables";
+    const std::string names =
+        " \"ExternalSerialConversion.dll\" is reporting an illegal "
+        "variable name(s)";
+    struct Case {
+        const char* count;
+        const char* names;  // nullptr: V1, V2, ...
+        bool passes;
+        std::string message;
+    };
+    const Case cases[] = {{"48", nullptr, true, ""},
+                          {"49", nullptr, false, count},
+                          {"-1", nullptr, false, count},
+                          {"0", nullptr, true, ""},
+                          {"3", "Boost|Lambda|Boost", false, names},
+                          {"3", "Boost||Lambda", false, names},
+                          {"2", "Boost|Lambda", true, ""}};
+    for (const Case& c : cases) {
+        setenv("TL_ES_COUNT", c.count, 1);
+        if (c.names)
+            setenv("TL_ES_NAMES", c.names, 1);
+        else
+            unsetenv("TL_ES_NAMES");
+        ui.ClearRecords();
+        SetExternalSerialLibraryPath(ScriptedLibrary());  // unloads the last one
+        EXPECT_EQ(TestExternalSerialCode(), c.passes) << c.count;
+        if (c.passes) {
+            EXPECT_EQ(ui.Count(ScriptedEvent::Kind::Message), 0) << c.count;
+            EXPECT_EQ(ExternalSerialVariableCount(), std::atoi(c.count));
+        } else {
+            EXPECT_TRUE(ui.Saw(ScriptedEvent::Kind::Message, c.message)) << c.count;
+            EXPECT_EQ(ExternalSerialVariableCount(), 0);
+        }
+    }
+    // 48 variables name slots 52 to 99, the last slot a serial channel may hold.
+    setenv("TL_ES_COUNT", "48", 1);
+    unsetenv("TL_ES_NAMES");
+    SetExternalSerialLibraryPath(ScriptedLibrary());
+    ASSERT_TRUE(TestExternalSerialCode());
+    UseProfile(Family::MQ7, Vehicle::Car);
+    SetAvailableVars();
+    EXPECT_EQ(Catalogue().RunVars[52].Name, "S:V1");
+    EXPECT_EQ(Catalogue().RunVars[99].Name, "S:V48");
+    unsetenv("TL_ES_COUNT");
 }
 
 }  // namespace
