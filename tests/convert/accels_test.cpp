@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <string>
 #include <vector>
 
 #include "convert/accel_channels.h"
@@ -65,6 +66,79 @@ TEST_F(Accels, GeometryConstantsAndReverse) {
     CorrectAccels(10, 0, 0, 2, 0, 0);
     EXPECT_FLOAT_EQ(Row(slot::AccelLat, 10), 0.5f);
     EXPECT_FLOAT_EQ(Row(slot::AccelLong, 10), 0.2f);
+}
+
+// The SV63 takes its vehicle's roll and tilt factors from the options under
+// "Car", the run's car number and the key; they scale the two axes and
+// nothing else does (no geometry constants, no cross term).
+TEST_F(Accels, Sv63RollAndTiltFactorsOfTheRunsCar) {
+    UseProfile(Family::SV63, Vehicle::Car);
+    test::EnableAllVariables();
+    test::LoadPlaneRun(std::vector<test::Frame>(60), {1, 0, 0, 0, 0, 0, 0, 0});
+    Store().RunInfo[1].CarFile = "2";
+    for (int32_t i = 1; i <= test::Run1().RunEnd; ++i) Set(slot::Time, i, (i - 1) / 100.0f);
+    Fill(0.5f, -0.4f);
+    Car("Car2RollFactor", 0.1f);
+    Car("Car2TiltFactor", 0.25f);
+    Car("Car1RollFactor", 0.7f);  // another car's factors play no part
+    Car("Car1TiltFactor", 0.7f);
+    Car("AutoZeroAccelerometers", 0);
+    Car("LatAccelOffset", 0);
+    Car("LongAccelOffset", 0);
+    Car("ReverseAccels", 0);
+    ProcessAccels(1);
+    for (int32_t i : {1, 20, test::Run1().RunEnd}) {
+        EXPECT_NEAR(Row(slot::AccelLat, i), 0.9 * 0.5, 1e-6) << i;
+        EXPECT_NEAR(Row(slot::AccelLong, i), 0.75 * -0.4, 1e-6) << i;
+    }
+}
+
+// The offsets the vehicle dialog offers from the first 100 rows of run 1:
+// the angles whose sines are the mean readings, in degrees; a warning above
+// 10 degrees forwards only; the three refusals.
+TEST_F(Accels, AnglesFromTheFirstHundredRows) {
+    Prepare(Vehicle::Car, 150);
+    const double rad = 3.141592654 / 180.0;
+    Fill(static_cast<float>(std::sin(3.0 * rad)), static_cast<float>(std::sin(-6.0 * rad)));
+    Car("LatAccelOffset", 0);
+    Car("LongAccelOffset", 0);
+    float lat = 0, lon = 0;
+    ui.ClearRecords();
+    ASSERT_TRUE(CalculateAccelAngles(lat, lon));
+    EXPECT_NEAR(lat, 3.0, 1e-3);
+    EXPECT_NEAR(lon, -6.0, 1e-3);
+    EXPECT_EQ(ui.Count(ScriptedEvent::Kind::Message), 0);
+    const std::string warning = "Warning! The device is mounted at an angle greater than 10\u00b0";
+    // Forward past 10 degrees warns; sideways and backwards never do.
+    Fill(static_cast<float>(std::sin(15.0 * rad)), static_cast<float>(std::sin(11.0 * rad)));
+    ui.ClearRecords();
+    CalculateAccelAngles(lat, lon);
+    EXPECT_NEAR(lon, 11.0, 1e-3);
+    EXPECT_EQ(ui.Count(ScriptedEvent::Kind::Message), 1);
+    EXPECT_TRUE(ui.Saw(ScriptedEvent::Kind::Message, warning));
+    Fill(static_cast<float>(std::sin(15.0 * rad)), static_cast<float>(std::sin(-11.0 * rad)));
+    ui.ClearRecords();
+    CalculateAccelAngles(lat, lon);
+    EXPECT_EQ(ui.Count(ScriptedEvent::Kind::Message), 0);
+    // A run of processed zeros, manual offsets in force, a run too short.
+    Fill(0, 0);
+    ui.ClearRecords();
+    CalculateAccelAngles(lat, lon);
+    EXPECT_TRUE(ui.Saw(ScriptedEvent::Kind::Message,
+                       "To calculate offset, the first run must contain a valid processed data"));
+    Car("LatAccelOffset", 1.5f);
+    ui.ClearRecords();
+    CalculateAccelAngles(lat, lon);
+    EXPECT_TRUE(ui.Saw(ScriptedEvent::Kind::Message,
+                       "To calculate offset, the first run must have been processed with no "
+                       "manual offsets"));
+    Car("LatAccelOffset", 0);
+    Prepare(Vehicle::Car, 99);
+    ui.ClearRecords();
+    CalculateAccelAngles(lat, lon);
+    EXPECT_TRUE(
+        ui.Saw(ScriptedEvent::Kind::Message,
+               "To calculate offset, the first run must contain at least 100 data samples"));
 }
 
 TEST_F(Accels, AutoZeroTakesTheFirstSecond) {
