@@ -107,5 +107,38 @@ TEST_F(TrackMap, RowsBeforeTheFirstFixAreWalkedBackFromIt) {
     EXPECT_NEAR(V(1, slot::PositionY), 0.0, 1.0);
 }
 
+// Below 30 kph anywhere in a window the map is not fitted: the rows between
+// two fixes lie on the straight line between them. At 30 kph the path is
+// fitted and follows the curve. Fixes a second apart on a 20 m circle, where
+// the chord of a second passes 0.4 m inside the arc at its middle.
+TEST_F(TrackMap, ThirtyKphDecidesBetweenFitAndStraightLines) {
+    for (const float kph : {29.99f, 30.0f}) {
+        const int32_t n = 3000;
+        const double r = 20, v = kph / 3.6, g = 9.80665;
+        MakeRun(n);
+        for (int32_t i = 1; i <= n; ++i) {
+            const double a = (i - 1) * 0.01 * v / r;
+            const bool fix = i > 1 && (i - 1) % 100 == 0;
+            V(i, slot::PositionX) = fix ? static_cast<float>(r * std::sin(a)) : 0.0f;
+            V(i, slot::PositionY) = fix ? static_cast<float>(r * std::cos(a) - r) : 0.0f;
+            V(i, slot::SpeedKph) = kph;
+            V(i, slot::AccelLat) = static_cast<float>(v * v / r / g);
+        }
+        TrackMapGps(1);
+        // Between the fixes of rows 1501 and 1601: the row in the middle.
+        const float x0 = V(1501, slot::PositionX), y0 = V(1501, slot::PositionY);
+        const float x1 = V(1601, slot::PositionX), y1 = V(1601, slot::PositionY);
+        const double fromCentre =
+            std::hypot(V(1551, slot::PositionX), V(1551, slot::PositionY) + r);
+        if (kph < 30.0f) {
+            EXPECT_NEAR(V(1551, slot::PositionX), x0 + (x1 - x0) * 0.5f, 1e-4);
+            EXPECT_NEAR(V(1551, slot::PositionY), y0 + (y1 - y0) * 0.5f, 1e-4);
+            EXPECT_LT(fromCentre, r - 0.3);  // on the chord, inside the circle
+        } else {
+            EXPECT_NEAR(fromCentre, r, 0.15);  // on the arc
+        }
+    }
+}
+
 }  // namespace
 }  // namespace tl
