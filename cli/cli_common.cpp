@@ -56,6 +56,7 @@ ParsedArgs ParseArguments(const std::vector<std::string>& args, const OptionSpec
                 return out;
             }
             out.values[a.substr(1)] = args[++i];
+            out.all[a.substr(1)].push_back(out.values[a.substr(1)]);
             continue;
         }
         if (a.rfind("--", 0) != 0) {
@@ -79,6 +80,7 @@ ParsedArgs ParseArguments(const std::vector<std::string>& args, const OptionSpec
                 value = args[++i];
             }
             out.values[name] = value;
+            out.all[name].push_back(value);
         } else if (extra.flagOptions.count(name) && !hasValue) {
             out.flags.insert(name);
         } else {

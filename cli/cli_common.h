@@ -22,8 +22,11 @@ inline constexpr int kExitFailed = 1;  // a refused file, a failed start
 inline constexpr int kExitUsage = 2;
 
 struct ParsedArgs {
-    // Options given, by name without the dashes ("config-dir" -> DIR).
+    // Options given, by name without the dashes ("config-dir" -> DIR); the
+    // last value of an option given more than once.
     std::map<std::string, std::string> values;
+    // Every value of each option, in the order given (--y A --y B).
+    std::map<std::string, std::vector<std::string>> all;
     std::set<std::string> flags;
     std::vector<std::string> positional;
     bool help = false;

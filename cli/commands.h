@@ -19,6 +19,7 @@ int RunInfo(const std::vector<std::string>& args);
 int RunExport(const std::vector<std::string>& args);
 int RunExportRaw(const std::vector<std::string>& args);
 int RunLapTable(const std::vector<std::string>& args);
+int RunGraph(const std::vector<std::string>& args);
 
 // The table main dispatches on; a new subcommand adds one line here.
 inline const Command kCommands[] = {
@@ -44,6 +45,16 @@ inline const Command kCommands[] = {
      "time=<s>\" with \" s<j>=<s>\" for each sector the lap holds, and per run \"run <n> "
      "fastest lap <k> time=<s>\".",
      RunLapTable},
+    {"graph",
+     "graph [--config-dir DIR] [--family F] [--vehicle V] FILE.run... --y NAME [--y NAME ...] "
+     "[--run N ...] [--x NAME] [--points N|all] [--xmin V] [--xmax V] [--ymin V] [--ymax V] "
+     "[--if NAME:LO:HI] [--laps] [--size WxH] [-o OUT.png|OUT.svg|OUT.pdf] [--copy OUT.txt] "
+     "[--axes]",
+     "Load and process the runs and draw the XY graph of up to five variables, each from its "
+     "run, as the graph window draws it: into a PNG, SVG or PDF file (-o), its data as the "
+     "copy command puts it on the clipboard (--copy), and one line per slot with its ranges, "
+     "ticks and points (--axes).",
+     RunGraph},
 };
 
 // Writes the usage of one command, or of all when name is empty.

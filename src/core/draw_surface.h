@@ -78,6 +78,12 @@ class DrawSurface {
         Line(CurrentX, CurrentY, x2, y2, colour);
     }
     void LineTo(double x2, double y2) { LineTo(x2, y2, ForeColor); }
+    // A joined line through count points in the colour, the same pixels as
+    // the lines between each pair; surfaces draw it in one call.
+    virtual void Polyline(const double* xs, const double* ys, int count, uint32_t colour) {
+        if (count == 1) Line(xs[0], ys[0], xs[0], ys[0], colour);
+        for (int i = 1; i < count; ++i) Line(xs[i - 1], ys[i - 1], xs[i], ys[i], colour);
+    }
     // The box form: the rectangle's outline in the colour.
     virtual void Box(double x1, double y1, double x2, double y2, uint32_t colour) = 0;
     // The filled-box form: the rectangle filled with the line's colour

@@ -116,6 +116,10 @@ void PainterSurface::Line(double x1, double y1, double x2, double y2, uint32_t c
 
 void PainterSurface::Polyline(const double* xs, const double* ys, int count, uint32_t colour) {
     if (count <= 0) return;
+    if (count == 1) {
+        Line(xs[0], ys[0], xs[0], ys[0], colour);
+        return;
+    }
     CurrentX = xs[count - 1];
     CurrentY = ys[count - 1];
     if (!Prepare(colour, false)) return;

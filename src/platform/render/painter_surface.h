@@ -46,7 +46,7 @@ class PainterSurface : public DrawSurface {
 
     // A polyline through device-mapped points, one call for many segments
     // (the data of a graph); same pixels as the single lines.
-    void Polyline(const double* xs, const double* ys, int count, uint32_t colour);
+    void Polyline(const double* xs, const double* ys, int count, uint32_t colour) override;
 
     QPainter& Painter() { return *painter_; }
 
