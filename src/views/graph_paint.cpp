@@ -140,87 +140,31 @@ void DrawYAxis(double x, double bottom, double min, double max, int32_t ticks,
     s.DrawWidth = 1;
 }
 
-GraphPolyline JoinedLine(const GraphModel& g, int slot, const GraphFrame& f, double pixelsPerTwip,
-                         bool envelope) {
+GraphPolyline JoinedLine(const GraphModel& g, int slot, const GraphFrame& f) {
     GraphPolyline line;
     const GraphAxis& a = g.axis[slot];
     const GraphPoints& pts = g.data[slot];
     const int32_t count = std::min<int32_t>(a.PointCount, static_cast<int32_t>(pts.X.size()) - 1);
     const double nan = std::numeric_limits<double>::quiet_NaN();
-    line.x.reserve(envelope ? 4096 : static_cast<size_t>(std::max(count, 0)) + 16);
+    line.x.reserve(static_cast<size_t>(std::max(count, 0)) + 16);
     line.y.reserve(line.x.capacity());
-    // One run of inside points, reduced per pixel column.
     bool open = false;
-    int64_t column = std::numeric_limits<int64_t>::min();
-    double firstX = 0, firstY = 0, minX = 0, minY = 0, maxX = 0, maxY = 0, lastX = 0, lastY = 0;
-    int32_t minAt = 0, maxAt = 0, seen = 0;
-    auto flush = [&] {
-        if (seen == 0) return;
-        line.x.push_back(firstX);
-        line.y.push_back(firstY);
-        if (seen > 1) {
-            // Lowest and highest in the order they came, then the last.
-            const bool minFirst = minAt <= maxAt;
-            line.x.push_back(minFirst ? minX : maxX);
-            line.y.push_back(minFirst ? minY : maxY);
-            line.x.push_back(minFirst ? maxX : minX);
-            line.y.push_back(minFirst ? maxY : minY);
-            line.x.push_back(lastX);
-            line.y.push_back(lastY);
-        }
-        seen = 0;
-    };
-    auto close = [&] {
-        flush();
-        if (open) {
-            line.x.push_back(nan);
-            line.y.push_back(nan);
-        }
-        open = false;
-        column = std::numeric_limits<int64_t>::min();
-    };
-    // The previous point starts as point 1, inside.
     for (int32_t p = 1; p <= count; ++p) {
         const float xv = pts.X[p], yv = pts.Y[p];
         const bool inside = a.XMin <= xv && xv <= a.XMax && a.YMin <= yv && yv <= a.YMax;
         if (!inside) {
-            close();
+            // A point outside the ranges (a gap row too) breaks the line.
+            if (open) {
+                line.x.push_back(nan);
+                line.y.push_back(nan);
+            }
+            open = false;
             continue;
         }
-        const double x = f.X(xv, a), y = f.Y(yv, a);
+        line.x.push_back(f.X(xv, a));
+        line.y.push_back(f.Y(yv, a));
         open = true;
-        if (!envelope) {
-            line.x.push_back(x);
-            line.y.push_back(y);
-            continue;
-        }
-        const auto col = static_cast<int64_t>(std::floor(x * pixelsPerTwip));
-        const auto row = y * pixelsPerTwip;
-        if (col != column) {
-            flush();
-            column = col;
-        }
-        if (seen == 0) {
-            firstX = minX = maxX = lastX = x;
-            firstY = minY = maxY = lastY = y;
-            minAt = maxAt = 0;
-        } else {
-            if (row < minY * pixelsPerTwip) {
-                minX = x;
-                minY = y;
-                minAt = seen;
-            }
-            if (row > maxY * pixelsPerTwip) {
-                maxX = x;
-                maxY = y;
-                maxAt = seen;
-            }
-            lastX = x;
-            lastY = y;
-        }
-        ++seen;
     }
-    close();
     return line;
 }
 
@@ -249,7 +193,7 @@ void DrawData(const GraphModel& g, int slot, double left, double bottom, DrawSur
     s.DrawWidth = 1;
     const double size = std::min(f.W / 200, f.H / 150);
     if (Ticked(g.settings.JoinPoints)) {
-        const GraphPolyline line = JoinedLine(g, slot, f, s.PixelsPerTwip());
+        const GraphPolyline line = JoinedLine(g, slot, f);
         DrawPolyline(line, c, s);
     } else {
         const int32_t count =
@@ -316,8 +260,8 @@ void Graphbox_Paint(const GraphModel& g, DrawSurface& s) {
         bottomPos = Ticked(g.settings.MultipleXAxis) ? bottomPos + 500 : 500;
         if (Ticked(gs.ZeroBaseXAxis))
             DrawXAxis(f.left, bottomPos, 0, a.XMax - a.XMin, a.XTicks,
-                      a.XTitle + "  (Axis Offset By " + FormToSD(-a.XMin, 4) + ")",
-                      a.AxisColour, s);
+                      a.XTitle + "  (Axis Offset By " + FormToSD(-a.XMin, 4) + ")", a.AxisColour,
+                      s);
         else
             DrawXAxis(f.left, bottomPos, a.XMin, a.XMax, a.XTicks, a.XTitle, a.AxisColour, s);
         DrawYAxis(axisPos, f.bottom, a.YMin, a.YMax, a.YTicks, a.YTitle, a.AxisColour, s);

@@ -46,16 +46,12 @@ void DrawEllipse(double cx, double cy, double rx, double ry, double left, double
 void DrawData(const GraphModel& g, int slot, double left, double bottom, DrawSurface& s);
 
 // The points a slot's joined line is drawn through: runs of consecutive
-// inside points (a point outside the ranges breaks the line), each reduced
-// to the first, lowest, highest and last point of every pixel column the
-// surface has, in the order they come. The line through them covers the same
-// pixels as the line through every point, for work in proportion to the
-// picture's width rather than to the run. Each run is closed by a NaN pair.
+// inside points, a point outside the ranges breaking the line; each run is
+// closed by a NaN pair.
 struct GraphPolyline {
     std::vector<double> x, y;
 };
-GraphPolyline JoinedLine(const GraphModel& g, int slot, const GraphFrame& f,
-                         double pixelsPerTwip, bool envelope = true);
+GraphPolyline JoinedLine(const GraphModel& g, int slot, const GraphFrame& f);
 
 // Draws the runs of a GraphPolyline, each as one joined line.
 void DrawPolyline(const GraphPolyline& line, uint32_t colour, DrawSurface& s);

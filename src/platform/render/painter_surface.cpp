@@ -71,6 +71,10 @@ bool PainterSurface::Prepare(uint32_t colour, bool fill) {
     const double penPx = std::max(1.0, std::round(DrawWidth * dpi_ / 96.0));
     QPen pen(ToQColor(colour));
     pen.setWidthF(penPx);
+    // A one-pixel pen is cosmetic: each line is laid pixel by pixel, never
+    // filled as an outline, so lines drawn together cannot cancel each
+    // other where they overlap.
+    pen.setCosmetic(penPx <= 1.0);
     pen.setCapStyle(Qt::SquareCap);
     pen.setJoinStyle(Qt::MiterJoin);
     if (DrawWidth <= 1 && DrawStyle == DrawStyles::Dot)
@@ -123,11 +127,31 @@ void PainterSurface::Polyline(const double* xs, const double* ys, int count, uin
     CurrentX = xs[count - 1];
     CurrentY = ys[count - 1];
     if (!Prepare(colour, false)) return;
+    // Separate segments, each drawn alone with its caps: no joins, so the
+    // pixels are the union of the single lines however the points zigzag. A
+    // cosmetic pen lays each line pixel by pixel, and the lines go in one
+    // call; a wider pen's outlines are filled one line at a time, since
+    // outlines filled together would cancel where they overlap.
     const double w = painter_->pen().widthF();
-    thread_local std::vector<QPointF> points;
-    points.resize(static_cast<size_t>(count));
-    for (int i = 0; i < count; ++i) points[i] = QPointF(Snap(Dx(xs[i]), w), Snap(Dy(ys[i]), w));
-    painter_->drawPolyline(points.data(), count);
+    auto at = [&](int i) { return QPointF(Snap(Dx(xs[i]), w), Snap(Dy(ys[i]), w)); };
+    if (painter_->pen().isCosmetic()) {
+        thread_local std::vector<QLineF> lines;
+        lines.resize(static_cast<size_t>(count - 1));
+        QPointF from = at(0);
+        for (int i = 1; i < count; ++i) {
+            const QPointF to = at(i);
+            lines[static_cast<size_t>(i - 1)] = QLineF(from, to);
+            from = to;
+        }
+        painter_->drawLines(lines.data(), count - 1);
+    } else {
+        QPointF from = at(0);
+        for (int i = 1; i < count; ++i) {
+            const QPointF to = at(i);
+            painter_->drawLine(from, to);
+            from = to;
+        }
+    }
 }
 
 void PainterSurface::Box(double x1, double y1, double x2, double y2, uint32_t colour) {
