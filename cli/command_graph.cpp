@@ -12,9 +12,9 @@
 // decides the tick counts. --axes prints a line per active slot after
 // ReGenerateGraph, --copy writes what the copy command puts on the clipboard,
 // -o draws the picture through the window's own drawing code.
-#include <QGuiApplication>
 #include <sys/stat.h>
 #include <unistd.h>
+#include <QGuiApplication>
 
 #include <cstdio>
 #include <cstdlib>

@@ -1,61 +1,54 @@
 #!/usr/bin/env bash
 # Fails when a source file includes a room above its own.
 #
-# The rooms of src/, from the ground up (see src/road/run_road.h for what
-# each holds). A file may include its own room and any room below it. The
-# simulator stands apart: it includes nothing of the program.
+# The rooms of src/, from the ground up (src/road/run_road.h says what each
+# holds). A file may include its own room and any room below it; rooms on one
+# rank may include each other. The simulator stands apart: it includes
+# nothing of the program.
 #
 #   scripts/check_layers.sh [SOURCE_ROOT]
 set -euo pipefail
 root=${1:-$(cd "$(dirname "$0")/.." && pwd)}
 cd "$root/src"
 
-rooms=(core formats store convert results derived files link views road platform/render platform/qt views/qt shell)
+# room:rank
+ranks=(core:0 formats:1 store:2 convert:3 results:4 derived:5 files:6 link:7 views:8 road:9
+    platform/render:10 platform/qt:10 views/qt:11 shell:11)
+
+# The room of a path below src/ (a file, or an include's target).
+room_of() {
+    case "$1" in
+        platform/*/* | views/qt/*) echo "${1%/*}" ;;
+        *) echo "${1%%/*}" ;;
+    esac
+}
 rank_of() {
-    local room=$1 i
-    for i in "${!rooms[@]}"; do
-        if [ "${rooms[$i]}" = "$room" ]; then
-            # Widgets of the views stand beside the shell's.
-            # The Gui surfaces stand beside the widgets' platform; the views'
-            # widgets beside the shell.
-            [ "$room" = platform/render ] && { echo 11; return; }
-            [ "$room" = platform/qt ] && { echo 11; return; }
-            [ "$room" = views/qt ] && { echo 13; return; }
-            [ "$room" = shell ] && { echo 13; return; }
-            echo "$i"
+    local entry
+    for entry in "${ranks[@]}"; do
+        if [ "${entry%:*}" = "$1" ]; then
+            echo "${entry##*:}"
             return
         fi
     done
     echo -1
-}
-room_of_file() {
-    local f=$1
-    case "$f" in
-        platform/qt/* | platform/render/*) echo "${f%/*}" ;;
-        views/qt/*) echo views/qt ;;
-        *) echo "${f%%/*}" ;;
-    esac
-}
-room_of_include() {
-    local inc=$1
-    case "$inc" in
-        platform/qt/* | platform/render/*) echo "${inc%/*}" ;;
-        views/qt/*) echo views/qt ;;
-        *) echo "${inc%%/*}" ;;
-    esac
 }
 
 bad=0
 checked=0
 while IFS= read -r -d '' f; do
     f=${f#./}
-    room=$(room_of_file "$f")
+    room=$(room_of "$f")
+    includes=$(grep -n -E '^[[:space:]]*#[[:space:]]*include[[:space:]]+"[^"]+"' "$f" |
+        sed -E 's/^([0-9]+):.*"([^"]+)".*/\1 \2/' || true)
     if [ "$room" = sim ]; then
-        if grep -n -E '^[[:space:]]*#[[:space:]]*include[[:space:]]+"' "$f" | grep -v -E '"sim/' >/dev/null; then
-            grep -n -E '^[[:space:]]*#[[:space:]]*include[[:space:]]+"' "$f" | grep -v -E '"sim/' |
-                sed "s|^|$f:|; s|\$|   (the simulator includes only itself)|"
-            bad=1
-        fi
+        while read -r line inc; do
+            [ -z "$line" ] && continue
+            case "$inc" in sim/*) ;; *)
+                echo "$f:$line: includes \"$inc\": the simulator includes only itself"
+                bad=1
+                ;;
+            esac
+        done <<<"$includes"
         continue
     fi
     mine=$(rank_of "$room")
@@ -65,8 +58,9 @@ while IFS= read -r -d '' f; do
         continue
     fi
     checked=$((checked + 1))
-    while IFS=: read -r line inc; do
-        target=$(room_of_include "$inc")
+    while read -r line inc; do
+        [ -z "$line" ] && continue
+        target=$(room_of "$inc")
         theirs=$(rank_of "$target")
         if [ "$theirs" -lt 0 ]; then
             [ -d "$target" ] || continue  # a header beside the file, or a generated one
@@ -76,12 +70,7 @@ while IFS= read -r -d '' f; do
             echo "$f:$line: includes \"$inc\": '$room' may not include '$target', a room above it"
             bad=1
         fi
-    done < <(sed -n -E 's/^[[:space:]]*#[[:space:]]*include[[:space:]]+"([^"]+)".*/\1/p' "$f" |
-        nl -ba -w1 -s: | sed 's/\t//' |
-        while IFS=: read -r n inc; do
-            l=$(grep -n -F "\"$inc\"" "$f" | head -1 | cut -d: -f1)
-            echo "$l:$inc"
-        done)
+    done <<<"$includes"
 done < <(find . -type f \( -name '*.h' -o -name '*.cpp' \) -print0 | sort -z)
 
 if [ "$bad" -ne 0 ]; then

@@ -74,9 +74,7 @@ class DrawSurface {
     virtual void Line(double x1, double y1, double x2, double y2, uint32_t colour) = 0;
     void Line(double x1, double y1, double x2, double y2) { Line(x1, y1, x2, y2, ForeColor); }
     // The form that continues from CurrentX, CurrentY.
-    void LineTo(double x2, double y2, uint32_t colour) {
-        Line(CurrentX, CurrentY, x2, y2, colour);
-    }
+    void LineTo(double x2, double y2, uint32_t colour) { Line(CurrentX, CurrentY, x2, y2, colour); }
     void LineTo(double x2, double y2) { LineTo(x2, y2, ForeColor); }
     // A joined line through count points in the colour, the same pixels as
     // the lines between each pair; surfaces draw it in one call.

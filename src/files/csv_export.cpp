@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "convert/gps.h"
+#include "core/atomic_file.h"
 #include "core/build_profile.h"
 #include "core/config_store.h"
 #include "core/errors.h"
@@ -16,7 +17,6 @@
 #include "core/platform.h"
 #include "core/support.h"
 #include "core/ui_services.h"
-#include "core/atomic_file.h"
 #include "formats/plane_frames.h"
 #include "store/catalogue.h"
 #include "store/run_store.h"

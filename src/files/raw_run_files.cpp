@@ -9,12 +9,12 @@
 #include <string_view>
 #include <vector>
 
+#include "core/atomic_file.h"
 #include "core/config_store.h"
 #include "core/errors.h"
 #include "core/log.h"
 #include "core/platform.h"
 #include "core/ui_services.h"
-#include "core/atomic_file.h"
 #include "files/summary_run_list.h"
 #include "results/track_markers.h"
 #include "store/run_procedures.h"
