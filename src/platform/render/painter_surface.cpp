@@ -212,7 +212,12 @@ void PainterSurface::Arc(double cx, double cy, double radius, uint32_t colour, d
     if (radiusAtEnd) painter_->drawLine(c, rim(end));
 }
 
-QFont PainterSurface::Font() const {
+const QFont& PainterSurface::Font() {
+    if (metrics_ && fontName_ == FontName && fontSize_ == FontSize && fontBold_ == FontBold)
+        return font_;
+    fontName_ = FontName;
+    fontSize_ = FontSize;
+    fontBold_ = FontBold;
     QFont f;
     QStringList families;
     families << QString::fromStdString(FontName) << QStringLiteral("DejaVu Sans")
@@ -225,17 +230,22 @@ QFont PainterSurface::Font() const {
     // Read-outs are erased by printing them again in white, which only
     // works for text without antialiasing on the raster surfaces.
     if (CanUndoMarks()) f.setStyleStrategy(QFont::NoAntialias);
-    return f;
+    font_ = f;
+    metrics_ = std::make_unique<QFontMetricsF>(font_);
+    return font_;
+}
+
+const QFontMetricsF& PainterSurface::Metrics() {
+    Font();
+    return *metrics_;
 }
 
 double PainterSurface::TextWidth(const std::string& text) {
-    const QFontMetricsF fm(Font());
-    return fm.horizontalAdvance(QString::fromStdString(text)) / ppt_;
+    return Metrics().horizontalAdvance(QString::fromStdString(text)) / ppt_;
 }
 
 double PainterSurface::TextHeight(const std::string&) {
-    const QFontMetricsF fm(Font());
-    return fm.height() / ppt_;
+    return Metrics().height() / ppt_;
 }
 
 void PainterSurface::Print(const std::string& text) {
@@ -243,11 +253,9 @@ void PainterSurface::Print(const std::string& text) {
     if (painter_ && !text.empty()) {
         QPainter& p = *painter_;
         p.setCompositionMode(QPainter::CompositionMode_SourceOver);
-        const QFont f = Font();
-        p.setFont(f);
+        if (p.font() != Font()) p.setFont(Font());
         p.setPen(ToQColor(ForeColor));
-        const QFontMetricsF fm(f);
-        p.drawText(QPointF(std::floor(Dx(CurrentX)), std::floor(Dy(CurrentY)) + fm.ascent()),
+        p.drawText(QPointF(std::floor(Dx(CurrentX)), std::floor(Dy(CurrentY)) + Metrics().ascent()),
                    QString::fromStdString(text));
     }
     CurrentX += width;

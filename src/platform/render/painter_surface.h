@@ -16,6 +16,8 @@
 // dpi is one crisp pixel and two crisp pixels at 192 dpi.
 #pragma once
 
+#include <QFont>
+#include <QFontMetricsF>
 #include <QImage>
 #include <QPainter>
 #include <functional>
@@ -63,12 +65,20 @@ class PainterSurface : public DrawSurface {
     // Sets the pen, brush and raster operation for the current state; false
     // when the mark is not to be drawn on this surface.
     bool Prepare(uint32_t colour, bool fill);
-    QFont Font() const;
+    // The font of the current state, made again only when the name, size or
+    // weight changed (text is measured and drawn many times a paint).
+    const QFont& Font();
+    const QFontMetricsF& Metrics();
 
     std::unique_ptr<QPainter> painter_;
     double ppt_ = 96.0 / kTwipsPerInch;
     double dpi_ = 96.0;
     double width_ = 0, height_ = 0;
+    std::string fontName_;
+    double fontSize_ = -1;
+    bool fontBold_ = false;
+    QFont font_;
+    std::unique_ptr<QFontMetricsF> metrics_;
 };
 
 class RasterSurface : public PainterSurface {
