@@ -7,6 +7,7 @@
 #include <cmath>
 #include <vector>
 
+#include "core/config_store.h"
 #include "core/support.h"
 #include "derived/pipeline.h"
 #include "derived_helpers.h"
@@ -136,6 +137,97 @@ TEST_F(TrackMap, ThirtyKphDecidesBetweenFitAndStraightLines) {
             EXPECT_LT(fromCentre, r - 0.3);  // on the chord, inside the circle
         } else {
             EXPECT_NEAR(fromCentre, r, 0.15);  // on the arc
+        }
+    }
+}
+
+// A drive east along y = 0 with `kph` in the speed slot and `bias` g of
+// lateral acceleration; the fixes, every 10 rows from row 10, move `scale`
+// times as far as the speed says. Slot 45 reads 8 satellites throughout.
+void StraightRun(int32_t n, float kph, double scale, float bias) {
+    MakeRun(n);
+    for (int32_t i = 1; i <= n; ++i) {
+        const bool fix = i % 10 == 0;
+        V(i, slot::PositionX) = fix ? static_cast<float>((i - 1) * kph / 360.0 * scale) : 0.0f;
+        V(i, slot::PositionY) = 0.0f;
+        V(i, slot::SpeedKph) = kph;
+        V(i, slot::AccelLat) = bias;
+        V(i, 45) = 8.0f;
+    }
+}
+
+// A fix 200 m off the road fails the fit of the window that ends on it. When
+// the accelerometers are trusted and the window starts more than 500 rows
+// into the run, the GPS data from 74 rows before the window's start to 150
+// past its next fix are removed (the satellite count too) and mapped again.
+TEST_F(TrackMap, TrustedAccelerometersRemoveADoubtfulStretch) {
+    struct Case {
+        int32_t glitch;
+        int trust;
+        bool removed;
+    } cases[] = {{810, 1, true}, {800, 1, false}, {810, 0, false}};
+    for (const Case& c : cases) {
+        SetConfig(Paths().TracelabCfgPath, "TrustAccels", c.trust);
+        StraightRun(2000, 50.0f, 1.0, 0.0f);
+        V(c.glitch, slot::PositionY) = 200.0f;
+        TrackMapGps(1);
+        // HX40 windows are 300 rows: the window ending at the glitch starts
+        // 300 rows before it, and its next fix is 10 rows on.
+        const int32_t s = c.glitch - 300;
+        int32_t zeros = 0, first = 0, last = 0;
+        for (int32_t i = 1; i <= 2000; ++i)
+            if (V(i, 45) == 0.0f) {
+                ++zeros;
+                if (!first) first = i;
+                last = i;
+            }
+        if (c.removed) {
+            EXPECT_EQ(first, s - 74);
+            EXPECT_EQ(last, s + 10 + 150);
+            EXPECT_EQ(zeros, last - first + 1);
+        } else {
+            EXPECT_EQ(zeros, 0) << c.glitch << " " << c.trust;
+        }
+        // Either way the map stays on the road.
+        double worst = 0;
+        for (int32_t i = 1; i <= 2000; ++i)
+            worst = std::max(worst, std::fabs(double(V(i, slot::PositionY))));
+        EXPECT_LT(worst, 1.0) << c.glitch << " " << c.trust;
+    }
+}
+
+// A fit is accepted with a lateral offset of up to 0.5 g and a distance
+// multiplier of 0.25 to 4; beyond, the section is a straight line between
+// its fixes, which keep their positions exactly. On a straight road the fit
+// stops after one round (its heading is right, and from then on the distance
+// test sees the change of bearing): the multiplier moves by 0.35 of the
+// error, 1 + 0.35 (k - 1) for fixes k times as far apart as the speed says,
+// so k = 9.4 gives 3.94 and k = 9.8 gives 4.08.
+TEST_F(TrackMap, FitsBeyondTheLimitsFallBackToStraightLines) {
+    struct Case {
+        double scale;
+        float bias;
+        bool accepted;
+    } cases[] = {{9.4, 0, true},    {9.8, 0, false},   {1, 0.45f, true},
+                 {1, 0.55f, false}, {1, -0.45f, true}, {1, -0.55f, false}};
+    for (const Case& c : cases) {
+        StraightRun(2000, 50.0f, c.scale, c.bias);
+        std::vector<float> fixX(2001);
+        for (int32_t i = 1; i <= 2000; ++i) fixX[i] = V(i, slot::PositionX);
+        TrackMapGps(1);
+        // Fix rows 1000 to 1500: a fitted path moves them, a straight line
+        // does not.
+        int moved = 0;
+        double worstY = 0;
+        for (int32_t i = 1000; i <= 1500; ++i) {
+            if (i % 10 == 0 && V(i, slot::PositionX) != fixX[i]) ++moved;
+            worstY = std::max(worstY, std::fabs(double(V(i, slot::PositionY))));
+        }
+        if (c.accepted) {
+            EXPECT_GT(moved, 40) << c.scale << " " << c.bias;
+        } else {
+            EXPECT_EQ(moved, 0) << c.scale << " " << c.bias;
+            EXPECT_EQ(worstY, 0.0) << c.scale << " " << c.bias;
         }
     }
 }
