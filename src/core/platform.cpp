@@ -38,6 +38,7 @@ void SetPlatform(const Platform& platform) {
     slot.current.clock = platform.clock ? platform.clock : fallback.clock;
     slot.current.memory = platform.memory ? platform.memory : fallback.memory;
     slot.current.shell = platform.shell ? platform.shell : fallback.shell;
+    slot.current.clipboard = platform.clipboard ? platform.clipboard : fallback.clipboard;
 }
 
 }  // namespace tl

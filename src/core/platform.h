@@ -96,6 +96,16 @@ class MemoryStatus {
     virtual MemoryFigures Read() = 0;
 };
 
+// Clipboard text: the copies of graphs and tables (tab-separated columns,
+// CR LF rows).
+class Clipboard {
+  public:
+    virtual ~Clipboard() = default;
+    // Clears the clipboard and puts the text there.
+    virtual void SetClipboardText(const std::string& text) = 0;
+    virtual std::string ClipboardText() = 0;
+};
+
 // What the engine asks of the main window and of the open views. The shell
 // implements it; the default does nothing, which is right for a program with
 // no windows.
@@ -126,6 +136,7 @@ struct Platform {
     Clock* clock = nullptr;
     MemoryStatus* memory = nullptr;
     ShellHooks* shell = nullptr;
+    Clipboard* clipboard = nullptr;
 };
 
 // The platform in force. Until SetPlatform is called a scripted platform with

@@ -13,6 +13,7 @@ Platform ScriptedPlatform::AsPlatform() {
     p.clock = this;
     p.memory = this;
     p.shell = this;
+    p.clipboard = this;
     return p;
 }
 

@@ -43,7 +43,8 @@ class ScriptedPlatform final : public MessageBoxes,
                                public FileDialogs,
                                public Clock,
                                public MemoryStatus,
-                               public ShellHooks {
+                               public ShellHooks,
+                               public Clipboard {
   public:
     // The Platform structure pointing at this object, ready for SetPlatform.
     Platform AsPlatform();
@@ -99,6 +100,10 @@ class ScriptedPlatform final : public MessageBoxes,
     MemoryFigures Read() override { return memoryFigures; }
     // --- ShellHooks ---
     void SetAllMousePointers(int shape) override;
+    // --- Clipboard ---
+    std::string clipboard;
+    void SetClipboardText(const std::string& text) override { clipboard = text; }
+    std::string ClipboardText() override { return clipboard; }
 
   private:
     void record(ScriptedEvent::Kind kind, const std::string& title, const std::string& text);

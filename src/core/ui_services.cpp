@@ -102,6 +102,13 @@ void Pause(double seconds) {
     while (Timer() < end) DoEvents();
 }
 
+void SetClipboardText(const std::string& text) {
+    CurrentPlatform().clipboard->SetClipboardText(text);
+}
+std::string ClipboardText() {
+    return CurrentPlatform().clipboard->ClipboardText();
+}
+
 void SetAllMousePointers(int shape) {
     CurrentPlatform().shell->SetAllMousePointers(shape);
 }

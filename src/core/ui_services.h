@@ -37,6 +37,10 @@ void Pause(double seconds);
 void DoEvents();
 double Timer();
 
+// The clipboard: cleared, then the text put there.
+void SetClipboardText(const std::string& text);
+std::string ClipboardText();
+
 void SetAllMousePointers(int shape);
 void DisableAllForms();
 void EnableAllForms();

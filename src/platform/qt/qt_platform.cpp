@@ -1,16 +1,17 @@
 #include "platform/qt/qt_platform.h"
 
-#include <QStatusBar>
-
 #include <QAction>
 #include <QApplication>
+#include <QClipboard>
 #include <QFileDialog>
+#include <QGuiApplication>
 #include <QInputDialog>
 #include <QMainWindow>
 #include <QMdiArea>
 #include <QMdiSubWindow>
 #include <QMenuBar>
 #include <QMessageBox>
+#include <QStatusBar>
 #include <QTime>
 #include <QToolBar>
 
@@ -99,7 +100,18 @@ Platform QtPlatform::AsPlatform() {
     platform.clock = this;
     platform.memory = nullptr;  // the core's /proc/meminfo reader stays in force
     platform.shell = this;
+    platform.clipboard = this;
     return platform;
+}
+
+void QtPlatform::SetClipboardText(const std::string& text) {
+    QClipboard* clipboard = QGuiApplication::clipboard();
+    clipboard->clear();
+    clipboard->setText(QString::fromStdString(text));
+}
+
+std::string QtPlatform::ClipboardText() {
+    return QGuiApplication::clipboard()->text().toStdString();
 }
 
 void QtPlatform::SetMainWindow(QWidget* mainWindow) {

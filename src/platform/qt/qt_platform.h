@@ -43,7 +43,8 @@ class QtPlatform final : public MessageBoxes,
                          public ProgressForm,
                          public FileDialogs,
                          public Clock,
-                         public ShellHooks {
+                         public ShellHooks,
+                         public Clipboard {
   public:
     QtPlatform();
     ~QtPlatform() override;
@@ -95,6 +96,9 @@ class QtPlatform final : public MessageBoxes,
     void RefreshOpenViews() override;
     void WheelSpeedOptionsDisabled() override;
     void UnloadMainForm() override;
+    // --- Clipboard ---
+    void SetClipboardText(const std::string& text) override;
+    std::string ClipboardText() override;
 
   private:
     QMainWindow* MainFrame() const;
