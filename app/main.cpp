@@ -21,7 +21,16 @@
 //                        is over; run 1 is processed if it was not, and when
 //                        it has no lap marker yet, the automatic lap marker
 //                        and sectors are placed on it as the buttons of "Laps
-//                        and Sectors" place them.
+//                        and Sectors" place them;
+//   --graph VAR[,VAR]    opens a graph once the start is over with these Y
+//                        variables (up to five, each its own slot and
+//                        colour) against time; run 1 is processed if it
+//                        was not;
+//   --graph-x MIN,MAX    with --graph, the typed range of the X axis;
+//   --lap-overlay        as --lap-times, then selects the first two laps of
+//                        run 1 in the table and presses its Graph button
+//                        (frmSectorGraphSelector takes its remembered
+//                        choice, speed over distance at first).
 #include <QApplication>
 #include <QDir>
 #include <QFileInfo>
@@ -49,6 +58,7 @@
 #include "store/catalogue.h"
 #include "store/run_procedures.h"
 #include "store/run_store.h"
+#include "views/qt/graph_xy_form.h"
 
 namespace {
 
@@ -59,6 +69,9 @@ struct ProgramOptions {
     bool quitAfterStart = false;
     bool runManager = false;
     bool lapTimes = false;
+    bool lapOverlay = false;
+    QStringList graphVars;
+    QStringList graphX;
 };
 
 ProgramOptions ParseArguments(const QStringList& arguments) {
@@ -74,6 +87,13 @@ ProgramOptions ParseArguments(const QStringList& arguments) {
             options.runManager = true;
         } else if (arg == QLatin1String("--lap-times")) {
             options.lapTimes = true;
+        } else if (arg == QLatin1String("--lap-overlay")) {
+            options.lapTimes = true;
+            options.lapOverlay = true;
+        } else if (arg == QLatin1String("--graph") && i + 1 < arguments.size()) {
+            options.graphVars = arguments[++i].split(QLatin1Char(','), Qt::SkipEmptyParts);
+        } else if (arg == QLatin1String("--graph-x") && i + 1 < arguments.size()) {
+            options.graphX = arguments[++i].split(QLatin1Char(','));
         } else if (arg == QLatin1String("--quit-after-start")) {
             options.quitAfterStart = true;
         } else if (arg == QLatin1String("--screenshot") && i + 1 < arguments.size()) {
@@ -188,15 +208,15 @@ int main(int argc, char** argv) {
     if (!tl::Main(options, ui)) return 0;
     if (!ui.MainFormLoaded()) return 0;
     if (program.runManager) ui.MainWindow()->ShowRunManager();
-    if (program.lapTimes) {
+    tl::RunStore& store = tl::Store();
+    if ((program.lapTimes || !program.graphVars.isEmpty()) && store.RunCount > 0 &&
+        tl::RunData(store.RunInfo[1].RunEnd, tl::ColumnOf(tl::slot::Time)) == 0.0f) {
         // A run loaded but not processed (the start's question answered No)
         // has no times yet: it is processed first.
-        tl::RunStore& store = tl::Store();
-        if (store.RunCount > 0 &&
-            tl::RunData(store.RunInfo[1].RunEnd, tl::ColumnOf(tl::slot::Time)) == 0.0f) {
-            tl::ConvertRawToRunData(1);
-            tl::CheckInternalDataStillValid();
-        }
+        tl::ConvertRawToRunData(1);
+        tl::CheckInternalDataStillValid();
+    }
+    if (program.lapTimes) {
         if (store.RunCount > 0 && tl::CheckForLapMarker() == -1) {
             const std::string& cfg = tl::Paths().TracelabCfgPath;
             const std::string length = tl::ConfigNumberText(tl::GetConfig(cfg, "MarkerLengthTxt"));
@@ -204,7 +224,32 @@ int main(int argc, char** argv) {
             tl::AutoAddSectorsCmd(
                 1, tl::ConfigNumberText(tl::GetConfig(cfg, "NumOfAutoSectorsTxt")), length);
         }
-        ui.MainWindow()->ShowLapSectorTimes();
+        tl::shell::LapSectorTimesForm* table = ui.MainWindow()->ShowLapSectorTimes();
+        if (program.lapOverlay) {
+            const tl::TableGrid& grid = table->Table().Grid();
+            for (int row = 1, taken = 0; row < grid.rows && taken < 2; ++row) {
+                if (grid.Text(row, 0).rfind("Lap ", 0) != 0) continue;
+                table->ClickCell(row, 0);
+                ++taken;
+            }
+            table->GenerateGraph();
+        }
+    }
+    if (!program.graphVars.isEmpty() && ui.MainFormLoaded()) {
+        tl::views::GraphXYForm* graph = ui.MainWindow()->NewGraph();
+        tl::GraphModel& model = graph->Model();
+        for (int k = 0; k < program.graphVars.size() && k < tl::kGraphSlots; ++k) {
+            model.settings.Slots[k].SelYAxis = program.graphVars[k].trimmed().toStdString();
+            model.SelYAxis_Click(k);
+        }
+        if (program.graphX.size() == 2) {
+            tl::GraphSlotSettings& slot = model.settings.Slots[0];
+            slot.MinXAxis = program.graphX[0].trimmed().toStdString();
+            slot.MaxXAxis = program.graphX[1].trimmed().toStdString();
+            slot.AutoMinX = 1;
+            slot.AutoMaxX = 1;
+        }
+        graph->Regenerate();
     }
 
     if (program.quitAfterStart) {

@@ -11,6 +11,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
+#include <QRadioButton>
 #include <QTableWidget>
 #include <QVBoxLayout>
 #include <algorithm>
@@ -18,8 +19,10 @@
 #include "results/laps.h"
 #include "results/track_markers.h"
 #include "road/run_road.h"
+#include "shell/main_form.h"
 #include "store/run_procedures.h"
 #include "store/run_store.h"
+#include "views/qt/graph_xy_form.h"
 
 namespace tl::shell {
 
@@ -289,11 +292,11 @@ LapSectorTimesForm::LapSectorTimesForm(QWidget* parent) : QWidget(parent, Qt::To
     grid_->setSelectionMode(QAbstractItemView::NoSelection);
     grid_->setFocusPolicy(Qt::NoFocus);
     grid_->verticalHeader()->setDefaultSectionSize(QFontMetrics(grid_->font()).height() + 6);
-    // Graphs of the selected cells open frmSectorGraphSelector, which comes
-    // with the graph windows; until then the button stands greyed.
-    graph_ = Button(this, "CmdGenerateGraph", "Graph",
-                    "Graphs of the selected laps and sectors come with the graph windows");
+    // A graph of the selected cells, laid over each other; greyed until a
+    // cell is selected.
+    graph_ = Button(this, "CmdGenerateGraph", "Graph", "Graph the selected laps and sectors");
     graph_->setEnabled(false);
+    connect(graph_, &QPushButton::clicked, this, [this] { GenerateGraph(); });
     auto* label = new QLabel(QStringLiteral("Click up to 5 cells to select them."));
     auto* bottom = new QHBoxLayout;
     bottom->addWidget(label, 1);
@@ -346,6 +349,7 @@ void LapSectorTimesForm::ShowGrid() {
 
 void LapSectorTimesForm::ShowSelection() {
     const TableGrid& g = table_.Grid();
+    graph_->setEnabled(!table_.Selected().empty());
     const QColor fixed(0xE0, 0xE0, 0xE0);
     for (int r = 1; r < g.rows; ++r) {
         for (int c = 0; c < g.cols; ++c) {
@@ -360,6 +364,114 @@ void LapSectorTimesForm::ShowSelection() {
             }
         }
     }
+}
+
+views::GraphXYForm* LapSectorTimesForm::GenerateGraph() {
+    const std::vector<OverlayCell> cells = table_.SelectedCells();
+    if (cells.empty()) return nullptr;
+    SectorGraphSelectorForm selector(this);
+    if (selector.exec() != QDialog::Accepted) return nullptr;
+    MainForm* frame = qobject_cast<MainForm*>(parentWidget());
+    if (frame == nullptr) return nullptr;
+    views::GraphXYForm* graph = frame->NewGraph();
+    SetUpLapOverlay(graph->Model(), cells, selector.Axes());
+    graph->Regenerate();
+    return graph;
+}
+
+// --- frmSectorGraphSelector ---------------------------------------------------
+
+namespace {
+// The choice is kept from one use to the next while the program runs.
+struct SectorGraphMemory {
+    int option = 0;
+    std::string x, y;
+};
+SectorGraphMemory& Remembered() {
+    static SectorGraphMemory memory;
+    return memory;
+}
+}  // namespace
+
+SectorGraphSelectorForm::SectorGraphSelectorForm(QWidget* parent) : QDialog(parent) {
+    setObjectName(QStringLiteral("frmSectorGraphSelector"));
+    setWindowTitle(QStringLiteral("Graph Type"));
+    setModal(true);
+    const char* captions[] = {"Speed v Distance", "Lateral Acceleration v Distance",
+                              "Time Slip Rate v Distance", "g-Circle", "Other"};
+    auto* box = new QGroupBox(QStringLiteral("Graph Type"));
+    auto* column = new QVBoxLayout(box);
+    for (int i = 0; i < 5; ++i) {
+        options_[i] = new QRadioButton(QString::fromUtf8(captions[i]));
+        options_[i]->setObjectName(QStringLiteral("OptionGraphType_%1").arg(i));
+        column->addWidget(options_[i]);
+        connect(options_[i], &QRadioButton::toggled, this, [this] { ShowChoice(); });
+    }
+    xVar_ = new QComboBox;
+    xVar_->setObjectName(QStringLiteral("CmboXAxisVar"));
+    yVar_ = new QComboBox;
+    yVar_->setObjectName(QStringLiteral("CmboYAxisVar"));
+    for (QComboBox* combo : {xVar_, yVar_}) {
+        combo->setSizeAdjustPolicy(QComboBox::AdjustToContents);
+        for (const std::string& name : GraphModel::VariableNames()) combo->addItem(Q(name));
+    }
+    // The other option starts from the names used last, each put back to
+    // distance or speed when it is no longer an enabled variable.
+    const SectorGraphAxes other =
+        AxesOfSectorGraph(SectorGraphType::Other, Remembered().x, Remembered().y);
+    xVar_->setCurrentIndex(xVar_->findText(Q(other.x)));
+    yVar_->setCurrentIndex(yVar_->findText(Q(other.y)));
+    auto* axes = new QFormLayout;
+    axes->addRow(QStringLiteral("X Axis"), xVar_);
+    axes->addRow(QStringLiteral("Y Axis"), yVar_);
+    column->addLayout(axes);
+
+    auto* ok = Button(this, "OkayBtn", "OK", nullptr);
+    ok->setDefault(true);
+    auto* cancel = Button(this, "CancelBtn", "Cancel", nullptr);
+    connect(ok, &QPushButton::clicked, this, &QDialog::accept);
+    connect(cancel, &QPushButton::clicked, this, &QDialog::reject);
+    auto* buttons = new QHBoxLayout;
+    buttons->addStretch(1);
+    buttons->addWidget(ok);
+    buttons->addWidget(cancel);
+    auto* layout = new QVBoxLayout(this);
+    layout->addWidget(box);
+    layout->addLayout(buttons);
+    options_[std::clamp(Remembered().option, 0, 4)]->setChecked(true);
+    ShowChoice();
+}
+
+SectorGraphType SectorGraphSelectorForm::Choice() const {
+    for (int i = 0; i < 5; ++i) {
+        if (options_[i]->isChecked()) return static_cast<SectorGraphType>(i);
+    }
+    return SectorGraphType::Speed;
+}
+
+SectorGraphAxes SectorGraphSelectorForm::Axes() const {
+    return AxesOfSectorGraph(Choice(), xVar_->currentText().toStdString(),
+                             yVar_->currentText().toStdString());
+}
+
+void SectorGraphSelectorForm::ShowChoice() {
+    // The two lists are for the other option; the fixed ones show theirs.
+    const bool other = options_[4] != nullptr && options_[4]->isChecked();
+    xVar_->setEnabled(other);
+    yVar_->setEnabled(other);
+    if (other) return;
+    const SectorGraphAxes axes = Axes();
+    xVar_->setCurrentIndex(xVar_->findText(Q(axes.x)));
+    yVar_->setCurrentIndex(yVar_->findText(Q(axes.y)));
+}
+
+void SectorGraphSelectorForm::accept() {
+    Remembered().option = static_cast<int>(Choice());
+    if (Choice() == SectorGraphType::Other) {
+        Remembered().x = xVar_->currentText().toStdString();
+        Remembered().y = yVar_->currentText().toStdString();
+    }
+    QDialog::accept();
 }
 
 }  // namespace tl::shell

@@ -7,7 +7,10 @@
 // - frmAddSector, "Add a sector definition": SectorNameText, StartMarkerCmbo,
 //   EndMarkerCmbo;
 // - FrmLapAndSectorTimes, the floating table of lap and sector times
-//   (LapAndSectorsGrid), toggled by MnuLapSectorTimes.
+//   (LapAndSectorsGrid), toggled by MnuLapSectorTimes; its CmdGenerateGraph
+//   lays the selected cells over each other in a new graph;
+// - frmSectorGraphSelector, "Graph Type": the two variables of that graph
+//   (OptionGraphType_0 to OptionGraphType_4, CmboXAxisVar, CmboYAxisVar).
 // The logic is in results/laps.h and shell/laps_model.h.
 #pragma once
 
@@ -21,7 +24,12 @@ class QCheckBox;
 class QComboBox;
 class QLineEdit;
 class QPushButton;
+class QRadioButton;
 class QTableWidget;
+
+namespace tl::views {
+class GraphXYForm;
+}
 
 namespace tl::shell {
 
@@ -63,6 +71,22 @@ class AddSectorForm : public QDialog {
     QPushButton* ok_;
 };
 
+class SectorGraphSelectorForm : public QDialog {
+    Q_OBJECT
+  public:
+    explicit SectorGraphSelectorForm(QWidget* parent = nullptr);
+    SectorGraphType Choice() const;
+    // The variables of the choice (the other option's names checked).
+    SectorGraphAxes Axes() const;
+    void accept() override;
+
+  private:
+    void ShowChoice();
+    QRadioButton* options_[5] = {};
+    QComboBox* xVar_;
+    QComboBox* yVar_;
+};
+
 class LapSectorTimesForm : public QWidget, public qt::ViewWindow {
     Q_OBJECT
   public:
@@ -73,6 +97,9 @@ class LapSectorTimesForm : public QWidget, public qt::ViewWindow {
     const LapSectorTimesTable& Table() const { return table_; }
     // HighLightCells: a click on a cell of LapAndSectorsGrid.
     void ClickCell(int row, int col);
+    // CmdGenerateGraph: frmSectorGraphSelector, then a new graph of the
+    // selected cells. The graph, or nullptr when nothing was opened.
+    views::GraphXYForm* GenerateGraph();
 
   private:
     void ShowGrid();

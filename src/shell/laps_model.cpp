@@ -108,4 +108,32 @@ void LapSectorTimesTable::Paint() {
     for (const Cell& c : selected_) grid_.Back(c.row, c.col) = kSelectedCellColour;
 }
 
+std::vector<OverlayCell> LapSectorTimesTable::SelectedCells() const {
+    // The table's own pass over the cells with the selection in the back
+    // colours gives their crossing rows, column by column and down each
+    // column; the cells are put back in the order they were taken.
+    TableGrid grid = grid_;
+    const std::vector<CellRequest> requests =
+        RegenerateTable(true, false, grid, kFirstSectorRow, kLastSectorRow, true);
+    std::vector<Cell> byPlace = selected_;
+    std::sort(byPlace.begin(), byPlace.end(), [](const Cell& a, const Cell& b) {
+        return a.col != b.col ? a.col < b.col : a.row < b.row;
+    });
+    std::vector<OverlayCell> cells;
+    if (requests.size() != byPlace.size()) return cells;
+    auto lapOf = [this](int row) {
+        const std::string& text = grid_.Text(row, 0);
+        return text.rfind("Lap ", 0) == 0 ? text.substr(0, text.find(',')) : std::string();
+    };
+    for (const Cell& c : selected_) {
+        const size_t i =
+            static_cast<size_t>(std::find(byPlace.begin(), byPlace.end(), c) - byPlace.begin());
+        const CellRequest& r = requests[i];
+        std::string label = lapOf(c.row);
+        if (c.col > 0) label = grid_.Text(0, c.col) + (label.empty() ? "" : ", " + label);
+        cells.push_back({r.run, r.startRow, r.endRow, label});
+    }
+    return cells;
+}
+
 }  // namespace tl

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "results/measurement_table.h"
+#include "views/lap_overlay.h"
 
 namespace tl {
 
@@ -72,6 +73,11 @@ class LapSectorTimesTable {
 
     const TableGrid& Grid() const { return grid_; }
     const std::vector<Cell>& Selected() const { return selected_; }
+    // The selected cells as CmdGenerateGraph lays them over each other, in
+    // the order they were taken: each cell's run and the rows of its two
+    // crossings (as the table pairs them), labelled "Lap 2" or "Sector 1,
+    // Lap 2".
+    std::vector<OverlayCell> SelectedCells() const;
 
   private:
     void Paint();

@@ -33,6 +33,7 @@
 #include "store/menu_profile.h"
 #include "store/run_procedures.h"
 #include "store/run_store.h"
+#include "views/qt/graph_xy_form.h"
 
 namespace tl::shell {
 
@@ -388,6 +389,19 @@ LapSectorTimesForm* MainForm::ShowLapSectorTimes() {
     lapTimes_->raise();
     Entry(QStringLiteral("MnuLapSectorTimes"))->setChecked(true);
     return lapTimes_;
+}
+
+views::GraphXYForm* MainForm::NewGraph() {
+    auto* graph = new views::GraphXYForm;
+    QMdiSubWindow* sub = mdi_->addSubWindow(graph);
+    sub->setWindowIcon(windowIcon());
+    // A comfortable size for a plot, never more than the frame's client area.
+    const QSize room = mdi_->viewport()->size();
+    sub->resize(std::max(std::min(room.width() - 16, 1000), 320),
+                std::max(std::min(room.height() - 16, 680), 240));
+    graph->show();
+    mdi_->setActiveSubWindow(sub);
+    return graph;
 }
 
 void MainForm::ToggleLapSectorTimes() {

@@ -58,6 +58,10 @@ class MainForm : public QMainWindow {
     LapSectorTimesForm* ShowLapSectorTimes();
     LapSectorTimesForm* LapSectorTimes() const { return lapTimes_.data(); }
 
+    // mnuGraphXYplot (toolbar "XY"): a new graph window with the lowest free
+    // number, a child of the frame sized to fit it, on its "Graph" tab.
+    views::GraphXYForm* NewGraph();
+
     // The run manager (created on first use), shown.
     RunManagerForm* ShowRunManager();
     RunManagerForm* RunManager() const { return runManager_.data(); }

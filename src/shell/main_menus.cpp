@@ -196,6 +196,7 @@ void MainForm::RouteCommands() {
     on("mnuSaveOptions", [] { SaveCarFile(); });
     on("mnuLoadOptions", [] { LoadCarFile(); });
     on("RunManager", [this] { ShowRunManager(); });
+    on("mnuGraphXYplot", [this] { NewGraph(); });
     on("mnuVariables", [this] {
         ActiveVariablesForm form(this);
         form.exec();
@@ -264,8 +265,8 @@ void MainForm::RouteCommands() {
     for (const char* later :
          {"MnuExportRaw", "PrintSetup", "PrintGraph", "PrintAll", "mnuConnectLogger",
           "mnuLoggerDownload", "mnuLoggerEraseData", "mnuLoggerSetupLogger", "mnuSv63Runs",
-          "mnuTrackMap", "Table", "mnuGraphXYplot", "mnuGraphHistogram", "mnuPerfTable",
-          "mnuAddUserGraph", "mnuRemoveUserGraph", "mnuShowMiniMap", "mnuShowValueTable"}) {
+          "mnuTrackMap", "Table", "mnuGraphHistogram", "mnuPerfTable", "mnuAddUserGraph",
+          "mnuRemoveUserGraph", "mnuShowMiniMap", "mnuShowValueTable"}) {
         Entry(QString::fromUtf8(later))->setEnabled(false);
     }
     // The meter's own options form (frmLocalSV63CarOptions) is not built yet.
