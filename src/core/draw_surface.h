@@ -27,6 +27,7 @@
 //   after its text (see Print).
 #pragma once
 
+#include <cmath>
 #include <cstdint>
 #include <string>
 
@@ -65,6 +66,16 @@ class DrawSurface {
     virtual double PixelsPerTwip() const = 0;
     // False for files and the printer: XOR and invert marks are not drawn.
     virtual bool CanUndoMarks() const = 0;
+    // True when the surface is made of device pixels (an image): every
+    // position lands in the pixel column DeviceX gives, and lines whose ends
+    // share a column are drawn straight down that column. False for vector
+    // surfaces (SVG, PDF, the printer), which keep positions as they are.
+    virtual bool HasPixelColumns() const { return false; }
+    // The device pixel column that holds x (twips) on a surface with pixel
+    // columns; on others, the device unit x falls in.
+    virtual int64_t DeviceX(double twips) const {
+        return static_cast<int64_t>(std::floor(twips * PixelsPerTwip()));
+    }
 
     // --- operations ---
     // Fills the whole surface with BackColor; CurrentX and CurrentY go to 0.

@@ -233,6 +233,7 @@ void GraphModel::CalcMinMaxs(int slot) {
 }
 
 void GraphModel::LoadDataArray() {
+    ++DataGeneration;
     const RunStore& st = Store();
     const int32_t upper = std::max(st.RunData.UpperRow(), 0);
     if (Ticked(settings.FastPlot))

@@ -90,6 +90,16 @@ struct GraphMarkers {
     std::vector<float> X, Y;
 };
 
+// A slot's joined line as the last paint drew it (graph_paint.cpp makes and
+// reads it): the points in twips with NaN breaks, and what they were made
+// from (the data generation, the slot's ranges and count, the surface's
+// geometry), so that a repaint of unchanged data draws them again without
+// going through every point.
+struct GraphLineCache {
+    std::array<double, 12> key{};
+    std::vector<double> x, y;
+};
+
 struct ZoomRecord {
     float XMin = 0, XMax = 0, YMin = 0, YMax = 0;
 };
@@ -104,6 +114,10 @@ class GraphModel {
     int32_t GraphNumber = 0;
     int32_t PointLimit = 0;
     bool ZoomWindowActive = false;
+    // Counts the loads of DataArray and MarkerArray: LoadDataArray adds one.
+    uint64_t DataGeneration = 0;
+    // Filled by the paint; never part of the graph's state.
+    mutable std::array<GraphLineCache, kGraphSlots> lineCache;
 
     // Form_Load: the defaults of every slot, the ring cleared, the "Graph"
     // tab up.

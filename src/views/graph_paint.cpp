@@ -1,6 +1,7 @@
 #include "views/graph_paint.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <limits>
 
@@ -168,19 +169,123 @@ GraphPolyline JoinedLine(const GraphModel& g, int slot, const GraphFrame& f) {
     return line;
 }
 
-void DrawPolyline(const GraphPolyline& line, uint32_t colour, DrawSurface& s) {
+GraphPolyline ColumnEnvelope(const GraphModel& g, int slot, const GraphFrame& f,
+                             const DrawSurface& s) {
+    GraphPolyline line;
+    const GraphAxis& a = g.axis[slot];
+    const GraphPoints& pts = g.data[slot];
+    const int32_t count = std::min<int32_t>(a.PointCount, static_cast<int32_t>(pts.X.size()) - 1);
+    const double nan = std::numeric_limits<double>::quiet_NaN();
+    const int64_t columns = s.DeviceX(0.95 * f.W) - s.DeviceX(f.left) + 1;
+    const size_t room = static_cast<size_t>(std::clamp<int64_t>(4 * columns, 0, count)) + 16;
+    line.x.reserve(room);
+    line.y.reserve(room);
+    // The column being gathered: its first, lowest, highest and last point
+    // (rows into DataArray), -1 when no run is open.
+    struct Kept {
+        int32_t row;
+        double x, y;
+    };
+    Kept first{}, low{}, high{}, last{};
+    int64_t column = 0;
+    bool open = false;
+    auto emit = [&](const Kept& k) {
+        line.x.push_back(k.x);
+        line.y.push_back(k.y);
+    };
+    // Any path from the first to the last through the lowest and the highest
+    // covers the same pixels of the column; none is taken twice.
+    auto flush = [&] {
+        emit(first);
+        if (low.row != first.row && low.row != last.row) emit(low);
+        if (high.row != first.row && high.row != last.row && high.row != low.row) emit(high);
+        if (last.row != first.row) emit(last);
+    };
+    for (int32_t p = 1; p <= count; ++p) {
+        const float xv = pts.X[p], yv = pts.Y[p];
+        const bool inside = a.XMin <= xv && xv <= a.XMax && a.YMin <= yv && yv <= a.YMax;
+        if (!inside) {
+            if (open) {
+                flush();
+                line.x.push_back(nan);
+                line.y.push_back(nan);
+            }
+            open = false;
+            continue;
+        }
+        const Kept k{p, f.X(xv, a), f.Y(yv, a)};
+        const int64_t c = s.DeviceX(k.x);
+        if (open && c == column) {
+            if (k.y < low.y) low = k;
+            if (k.y > high.y) high = k;
+            last = k;
+            continue;
+        }
+        if (open) flush();
+        column = c;
+        first = low = high = last = k;
+        open = true;
+    }
+    if (open) flush();
+    return line;
+}
+
+const GraphLineCache& SlotLine(const GraphModel& g, int slot, const GraphFrame& f,
+                               const DrawSurface& s) {
+    const GraphAxis& a = g.axis[slot];
+    GraphLineCache& cache = g.lineCache[slot];
+    const std::array<double, 12> key = {static_cast<double>(g.DataGeneration),
+                                        static_cast<double>(a.PointCount),
+                                        a.XMin,
+                                        a.XMax,
+                                        a.YMin,
+                                        a.YMax,
+                                        f.W,
+                                        f.H,
+                                        f.left,
+                                        f.bottom,
+                                        s.PixelsPerTwip(),
+                                        s.HasPixelColumns() ? 1.0 : 0.0};
+    if (cache.key == key) return cache;
+    cache.key = key;
+    bool envelope = false;
+    if (s.HasPixelColumns()) {
+        // Fewer inside points than columns: every point, as they are.
+        const GraphPoints& pts = g.data[slot];
+        const int32_t count =
+            std::min<int32_t>(a.PointCount, static_cast<int32_t>(pts.X.size()) - 1);
+        const int64_t columns = s.DeviceX(0.95 * f.W) - s.DeviceX(f.left) + 1;
+        int64_t inside = 0;
+        for (int32_t p = 1; p <= count && inside <= columns; ++p) {
+            const float xv = pts.X[p], yv = pts.Y[p];
+            inside += (a.XMin <= xv && xv <= a.XMax && a.YMin <= yv && yv <= a.YMax) ? 1 : 0;
+        }
+        envelope = inside > columns;
+    }
+    GraphPolyline line = envelope ? ColumnEnvelope(g, slot, f, s) : JoinedLine(g, slot, f);
+    cache.x = std::move(line.x);
+    cache.y = std::move(line.y);
+    return cache;
+}
+
+void DrawPolyline(const std::vector<double>& x, const std::vector<double>& y, uint32_t colour,
+                  DrawSurface& s) {
     // Runs between the NaN breaks; a run of one point is a dot.
     size_t from = 0;
-    for (size_t k = 0; k <= line.x.size(); ++k) {
-        if (k < line.x.size() && !std::isnan(line.x[k])) continue;
+    for (size_t k = 0; k <= x.size(); ++k) {
+        if (k < x.size() && !std::isnan(x[k])) continue;
         if (k > from)
-            s.Polyline(line.x.data() + from, line.y.data() + from, static_cast<int>(k - from),
-                       colour);
+            s.Polyline(x.data() + from, y.data() + from, static_cast<int>(k - from), colour);
         from = k + 1;
     }
 }
 
-void DrawData(const GraphModel& g, int slot, double left, double bottom, DrawSurface& s) {
+void DrawPolyline(const GraphPolyline& line, uint32_t colour, DrawSurface& s) {
+    DrawPolyline(line.x, line.y, colour, s);
+}
+
+void DrawData(const GraphModel& g, int slot, double left, double bottom, DrawSurface& s,
+              LineDetail detail) {
     const GraphAxis& a = g.axis[slot];
     const GraphPoints& pts = g.data[slot];
     GraphFrame f;
@@ -193,8 +298,12 @@ void DrawData(const GraphModel& g, int slot, double left, double bottom, DrawSur
     s.DrawWidth = 1;
     const double size = std::min(f.W / 200, f.H / 150);
     if (Ticked(g.settings.JoinPoints)) {
-        const GraphPolyline line = JoinedLine(g, slot, f);
-        DrawPolyline(line, c, s);
+        if (detail == LineDetail::Full) {
+            DrawPolyline(JoinedLine(g, slot, f), c, s);
+        } else {
+            const GraphLineCache& line = SlotLine(g, slot, f, s);
+            DrawPolyline(line.x, line.y, c, s);
+        }
     } else {
         const int32_t count =
             std::min<int32_t>(a.PointCount, static_cast<int32_t>(pts.X.size()) - 1);
@@ -247,6 +356,10 @@ void DrawData(const GraphModel& g, int slot, double left, double bottom, DrawSur
 }
 
 void Graphbox_Paint(const GraphModel& g, DrawSurface& s) {
+    Graphbox_Paint(g, s, LineDetail::Envelope);
+}
+
+void Graphbox_Paint(const GraphModel& g, DrawSurface& s, LineDetail detail) {
     s.Cls();
     const GraphFrame f = FrameOf(g, s);
     if (Ticked(g.settings.ShowGrid)) DrawGrid(g, f.left, f.bottom, s);
@@ -265,7 +378,7 @@ void Graphbox_Paint(const GraphModel& g, DrawSurface& s) {
         else
             DrawXAxis(f.left, bottomPos, a.XMin, a.XMax, a.XTicks, a.XTitle, a.AxisColour, s);
         DrawYAxis(axisPos, f.bottom, a.YMin, a.YMax, a.YTicks, a.YTitle, a.AxisColour, s);
-        DrawData(g, slot, f.left, f.bottom, s);
+        DrawData(g, slot, f.left, f.bottom, s, detail);
     }
     if (!g.settings.MainTitle.empty()) {
         s.FontName = kGraphFont;

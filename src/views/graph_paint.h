@@ -32,8 +32,14 @@ struct GraphFrame {
 // else 500.
 GraphFrame FrameOf(const GraphModel& g, const DrawSurface& s);
 
+// How a slot's joined line is drawn: Envelope (what the views use) draws
+// the per-column envelope of SlotLine, the same pixels as Full, the polyline
+// through every inside point.
+enum class LineDetail { Envelope, Full };
+
 // The whole picture: grids, each active slot's axes and data, the title.
 void Graphbox_Paint(const GraphModel& g, DrawSurface& s);
+void Graphbox_Paint(const GraphModel& g, DrawSurface& s, LineDetail detail);
 
 void DrawGrid(const GraphModel& g, double left, double bottom, DrawSurface& s);
 void DrawCircularGrid(const GraphModel& g, double left, double bottom, DrawSurface& s);
@@ -43,7 +49,8 @@ void DrawYAxis(double x, double bottom, double min, double max, int32_t ticks,
                const std::string& title, int colourIndex, DrawSurface& s);
 void DrawEllipse(double cx, double cy, double rx, double ry, double left, double bottom,
                  DrawSurface& s);
-void DrawData(const GraphModel& g, int slot, double left, double bottom, DrawSurface& s);
+void DrawData(const GraphModel& g, int slot, double left, double bottom, DrawSurface& s,
+              LineDetail detail = LineDetail::Envelope);
 
 // The points a slot's joined line is drawn through: runs of consecutive
 // inside points, a point outside the ranges breaking the line; each run is
@@ -53,8 +60,29 @@ struct GraphPolyline {
 };
 GraphPolyline JoinedLine(const GraphModel& g, int slot, const GraphFrame& f);
 
+// The per-pixel-column envelope of JoinedLine on a surface with pixel
+// columns: within each run of inside points, the points falling in one
+// device column (DeviceX) are reduced to the first, the lowest, the highest
+// and the last of them (by y), in that order, and the last joins the next
+// column's first. The lines between points of one column all stand straight
+// down that column, so the envelope gives the very pixels of the full line,
+// whatever the pen's width: a 1-pixel pen at 96 dpi, its 2 pixels at 192.
+// A point is kept once where it is more than one of the four.
+GraphPolyline ColumnEnvelope(const GraphModel& g, int slot, const GraphFrame& f,
+                             const DrawSurface& s);
+
+// What DrawData draws a slot's joined line through: the envelope when the
+// surface has pixel columns and the slot more inside points than the plot
+// has columns, else JoinedLine (vector surfaces keep every point). Kept in
+// g.lineCache and made again only when the data (DataGeneration), the slot's
+// ranges or count, or the surface's size or resolution change.
+const GraphLineCache& SlotLine(const GraphModel& g, int slot, const GraphFrame& f,
+                               const DrawSurface& s);
+
 // Draws the runs of a GraphPolyline, each as one joined line.
 void DrawPolyline(const GraphPolyline& line, uint32_t colour, DrawSurface& s);
+void DrawPolyline(const std::vector<double>& x, const std::vector<double>& y, uint32_t colour,
+                  DrawSurface& s);
 
 // The nearest-point search of a click, on slot's points: with multi off the
 // first row from 1 up whose X and the next one's lie either side of wx (or

@@ -59,6 +59,31 @@ TEST(RasterSurface, TwipsLandOnThePixelsThatHoldThem) {
     EXPECT_EQ(CountColour(b, red) % 2, 0);
 }
 
+TEST(RasterSurface, ALineOfNoLengthIsTheDotOfItsPixel) {
+    // (1447, 727) twips is pixel (96, 48) at 96 dpi, as DeviceX says; a
+    // polyline whose points all fall there is the same one pixel, and an
+    // XOR dot drawn twice is gone.
+    RasterSurface s(300, 200, 96.0);
+    const uint32_t red = Rgb(255, 0, 0);
+    EXPECT_TRUE(s.HasPixelColumns());
+    EXPECT_EQ(s.DeviceX(1447), 96);
+    s.Line(1447, 727, 1447, 727, red);
+    EXPECT_TRUE(IsColour(s.Image(), 96, 48, red));
+    EXPECT_EQ(CountColour(s.Image(), red), 1);
+    s.Cls();
+    const double xs[] = {1441, 1447, 1454, 1447}, ys[] = {721, 727, 734, 720};
+    s.Polyline(xs, ys, 4, red);
+    EXPECT_TRUE(IsColour(s.Image(), 96, 48, red));
+    EXPECT_EQ(CountColour(s.Image(), red), 1);
+    s.Cls();
+    const QImage clean = s.Image().copy();
+    s.DrawMode = DrawModes::XorPen;
+    s.Line(1447, 727, 1447, 727, red);
+    EXPECT_EQ(CountColour(s.Image(), Rgb(0, 255, 255)), 1);
+    s.Line(1447, 727, 1447, 727, red);
+    EXPECT_TRUE(s.Image() == clean);
+}
+
 TEST(RasterSurface, BoxesCirclesAndPies) {
     RasterSurface s(200, 200, 96.0);
     const uint32_t blue = Rgb(0, 0, 255), green = Rgb(0, 255, 0);

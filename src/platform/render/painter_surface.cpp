@@ -91,8 +91,8 @@ bool PainterSurface::Prepare(uint32_t colour, bool fill) {
 
 namespace {
 
-// Positions go to the device unit that holds them; a pen of odd width is
-// centred in its pixels.
+// Positions go to the device unit that holds them (DeviceX); a pen of odd
+// width is centred in its pixels.
 double Snap(double device, double penPx) {
     const double base = std::floor(device);
     return (static_cast<int>(penPx) % 2 == 1) ? base + 0.5 : base;
@@ -109,13 +109,23 @@ void PainterSurface::Cls() {
     painter_->setCompositionMode(QPainter::CompositionMode_SourceOver);
 }
 
+// A line of no length with a one-pixel pen is its own pixel: the painter
+// would put a point on a pixel's centre into the next pixel down and right.
+void PainterSurface::Dot(const QPointF& at) {
+    painter_->drawPoint(
+        QPoint(static_cast<int>(std::floor(at.x())), static_cast<int>(std::floor(at.y()))));
+}
+
 void PainterSurface::Line(double x1, double y1, double x2, double y2, uint32_t colour) {
     CurrentX = x2;
     CurrentY = y2;
     if (!Prepare(colour, false)) return;
     const double w = painter_->pen().widthF();
-    painter_->drawLine(QPointF(Snap(Dx(x1), w), Snap(Dy(y1), w)),
-                       QPointF(Snap(Dx(x2), w), Snap(Dy(y2), w)));
+    const QPointF from(Snap(Dx(x1), w), Snap(Dy(y1), w)), to(Snap(Dx(x2), w), Snap(Dy(y2), w));
+    if (from == to && painter_->pen().isCosmetic())
+        Dot(from);
+    else
+        painter_->drawLine(from, to);
 }
 
 void PainterSurface::Polyline(const double* xs, const double* ys, int count, uint32_t colour) {
@@ -135,15 +145,21 @@ void PainterSurface::Polyline(const double* xs, const double* ys, int count, uin
     const double w = painter_->pen().widthF();
     auto at = [&](int i) { return QPointF(Snap(Dx(xs[i]), w), Snap(Dy(ys[i]), w)); };
     if (painter_->pen().isCosmetic()) {
+        // Lines of no length are left out: their pixel is the end of a
+        // neighbour, or the run's one dot when every point is in one pixel.
         thread_local std::vector<QLineF> lines;
         lines.resize(static_cast<size_t>(count - 1));
+        size_t n = 0;
         QPointF from = at(0);
         for (int i = 1; i < count; ++i) {
             const QPointF to = at(i);
-            lines[static_cast<size_t>(i - 1)] = QLineF(from, to);
+            if (to != from) lines[n++] = QLineF(from, to);
             from = to;
         }
-        painter_->drawLines(lines.data(), count - 1);
+        if (n == 0)
+            Dot(from);
+        else
+            painter_->drawLines(lines.data(), static_cast<int>(n));
     } else {
         QPointF from = at(0);
         for (int i = 1; i < count; ++i) {

@@ -20,6 +20,7 @@
 #include <QFontMetricsF>
 #include <QImage>
 #include <QPainter>
+#include <cmath>
 #include <functional>
 #include <memory>
 #include <string>
@@ -50,6 +51,11 @@ class PainterSurface : public DrawSurface {
     // (the data of a graph); same pixels as the single lines.
     void Polyline(const double* xs, const double* ys, int count, uint32_t colour) override;
 
+    // The pixel column a position is drawn in: the device unit that holds it.
+    int64_t DeviceX(double twips) const override {
+        return static_cast<int64_t>(std::floor(Dx(twips)));
+    }
+
     QPainter& Painter() { return *painter_; }
 
   protected:
@@ -67,6 +73,8 @@ class PainterSurface : public DrawSurface {
     bool Prepare(uint32_t colour, bool fill);
     // The font of the current state, made again only when the name, size or
     // weight changed (text is measured and drawn many times a paint).
+    // The pixel that holds a snapped position, in the current pen.
+    void Dot(const QPointF& at);
     const QFont& Font();
     const QFontMetricsF& Metrics();
 
@@ -88,6 +96,7 @@ class RasterSurface : public PainterSurface {
     RasterSurface(int widthPx, int heightPx, double dpi = 96.0);
     ~RasterSurface() override;
     bool CanUndoMarks() const override { return true; }
+    bool HasPixelColumns() const override { return true; }
     const QImage& Image() const { return image_; }
     // Resizes (contents cleared) when the size or resolution changes.
     void Resize(int widthPx, int heightPx, double dpi);
