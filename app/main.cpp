@@ -42,6 +42,7 @@
 #include <QPushButton>
 #include <QTimer>
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <string>
@@ -232,7 +233,15 @@ int main(int argc, char** argv) {
                 table->ClickCell(row, 0);
                 ++taken;
             }
-            table->GenerateGraph();
+            // The graph beside the table rather than under it.
+            if (tl::views::GraphXYForm* graph = table->GenerateGraph()) {
+                QWidget* frame = ui.MainWindow();
+                table->resize(std::min(table->width(), 360), 220);
+                table->move(frame->mapToGlobal(
+                    QPoint(frame->width() - table->width() - 8, frame->height() / 3)));
+                graph->parentWidget()->resize(frame->width() - table->width() - 24,
+                                              graph->parentWidget()->height());
+            }
         }
     }
     if (!program.graphVars.isEmpty() && ui.MainFormLoaded()) {

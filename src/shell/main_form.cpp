@@ -397,7 +397,7 @@ views::GraphXYForm* MainForm::NewGraph() {
     sub->setWindowIcon(windowIcon());
     // A comfortable size for a plot, never more than the frame's client area.
     const QSize room = mdi_->viewport()->size();
-    sub->resize(std::max(std::min(room.width() - 16, 1000), 320),
+    sub->resize(std::max(std::min(room.width() - 16, 1100), 320),
                 std::max(std::min(room.height() - 16, 680), 240));
     graph->show();
     mdi_->setActiveSubWindow(sub);

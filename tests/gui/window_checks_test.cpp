@@ -28,6 +28,7 @@
 #include "shell/user_channels_form.h"
 #include "shell/variables_form.h"
 #include "shell_fixture.h"
+#include "views/qt/graph_xy_form.h"
 
 namespace tl::test {
 namespace {
@@ -121,6 +122,21 @@ TEST_F(WindowChecks, EveryFormFitsTheScreenWithItsTextsWhole) {
     }
     ExpectFits(main->ShowRunManager(), "Run Manager");
     ExpectFits(main->ShowLapSectorTimes(), "Lap and Sector Times");
+    {
+        shell::SectorGraphSelectorForm form(main);
+        ExpectFits(&form, "Graph Type");
+    }
+    {
+        // The graph window on each of its tabs, the conditions shown.
+        views::GraphXYForm form;
+        form.Model().settings.LimitVariables = 1;
+        form.Model().settings.MultipleXAxis = 1;
+        const char* tabs[] = {"Graph", "Graph Setup", "Graph Options"};
+        for (int tab = 0; tab < 3; ++tab) {
+            form.GraphTab_Click(tab);
+            ExpectFits(&form, tabs[tab]);
+        }
+    }
 }
 
 TEST_F(WindowChecks, HelpOpensInsideTheProgram) {

@@ -166,7 +166,7 @@ GraphFormLinks& Links() {
 
 VariableCombo::VariableCombo(QWidget* parent) : QComboBox(parent) {
     setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
-    setMinimumContentsLength(16);
+    setMinimumContentsLength(12);
 }
 
 void VariableCombo::Refill() {
@@ -599,7 +599,9 @@ QWidget* GraphXYForm::BuildOptionsPage() {
     mainTitle_ = Edit(QStringLiteral("MainTitle"), 30);
     connect(mainTitle_, &QLineEdit::textEdited, this,
             [&g](const QString& t) { g.MainTitle = t.toStdString(); });
+    mainTitle_->setMaximumWidth(mainTitle_->minimumWidth() * 2);
     titleRow->addWidget(mainTitle_, 1);
+    titleRow->addStretch(1);
     layout->addSpacing(6);
     layout->addLayout(titleRow);
 
