@@ -38,6 +38,9 @@ GraphCursors::GraphCursors(GraphModel& model, DrawSurface& surface, GraphLinks* 
 void GraphCursors::Paint() {
     if (!graphTabUp) return;
     Graphbox_Paint(g_, s_);
+    // The click's search index follows new points here, so that a click
+    // costs only the search.
+    index_.Update(g_);
     // The picture is new: no playback cursor stands on it any more. With the
     // track map open, playback puts it back at once.
     CursorDrawn = false;
@@ -122,6 +125,7 @@ void GraphCursors::ShowNearestValueAxis(int show) {
     }
     const GraphFrame f = FrameOf(g_, s_);
     std::fill(nearest_.begin(), nearest_.end(), -1);
+    index_.Update(g_);
     int32_t lastSample = -1, lastRun = 0;
     int k = 0;
     for (int slot = 0; slot < kGraphSlots; ++slot) {
@@ -130,7 +134,7 @@ void GraphCursors::ShowNearestValueAxis(int show) {
         const GraphAxis& a = g_.axis[slot];
         double wx = a.XMin + (a.XMax - a.XMin) * fx;
         double wy = a.YMin + (a.YMax - a.YMin) * fy;
-        const int32_t row = NearestRow(g_, slot, wx, wy, multi);
+        const int32_t row = index_.NearestRow(g_, slot, wx, wy, multi);
         if (row < 1) continue;
         nearest_[static_cast<size_t>(slot)] = row;
         const GraphPoints& pts = g_.data[static_cast<size_t>(slot)];

@@ -20,6 +20,7 @@
 
 #include "core/draw_surface.h"
 #include "views/graph_model.h"
+#include "views/graph_search.h"
 
 namespace tl {
 
@@ -106,6 +107,7 @@ class GraphCursors {
     DrawSurface& s_;
     GraphLinks* links_;
     std::vector<int32_t> nearest_;
+    GraphPointIndex index_;
 };
 
 }  // namespace tl
