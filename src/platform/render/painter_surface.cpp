@@ -4,6 +4,7 @@
 #include <QFontMetricsF>
 #include <QPageSize>
 #include <QPdfWriter>
+#include <QStaticText>
 #include <QSvgGenerator>
 #include <algorithm>
 #include <cmath>
@@ -34,6 +35,8 @@ void PainterSurface::Begin(QPaintDevice* device, double width, double height, do
     ppt_ = dpi / kTwipsPerInch;
     width_ = width;
     height_ = height;
+    // Fonts are sized in device pixels: made again at the new resolution.
+    metrics_.reset();
     painter_ = std::make_unique<QPainter>(device);
     painter_->setRenderHint(QPainter::Antialiasing, false);
     painter_->setRenderHint(QPainter::TextAntialiasing, false);
@@ -248,6 +251,8 @@ const QFont& PainterSurface::Font() {
     if (CanUndoMarks()) f.setStyleStrategy(QFont::NoAntialias);
     font_ = f;
     metrics_ = std::make_unique<QFontMetricsF>(font_);
+    widths_.clear();
+    texts_.clear();
     return font_;
 }
 
@@ -257,7 +262,15 @@ const QFontMetricsF& PainterSurface::Metrics() {
 }
 
 double PainterSurface::TextWidth(const std::string& text) {
-    return Metrics().horizontalAdvance(QString::fromStdString(text)) / ppt_;
+    // The axes measure the same labels at every paint, and shaping a text
+    // costs more than drawing a line: widths are kept while the font lasts.
+    const QFontMetricsF& metrics = Metrics();
+    const auto kept = widths_.find(text);
+    if (kept != widths_.end()) return kept->second;
+    if (widths_.size() >= kKeptWidths) widths_.clear();
+    const double width = metrics.horizontalAdvance(QString::fromStdString(text)) / ppt_;
+    widths_.emplace(text, width);
+    return width;
 }
 
 double PainterSurface::TextHeight(const std::string&) {
@@ -271,8 +284,17 @@ void PainterSurface::Print(const std::string& text) {
         p.setCompositionMode(QPainter::CompositionMode_SourceOver);
         if (p.font() != Font()) p.setFont(Font());
         p.setPen(ToQColor(ForeColor));
-        p.drawText(QPointF(std::floor(Dx(CurrentX)), std::floor(Dy(CurrentY)) + Metrics().ascent()),
-                   QString::fromStdString(text));
+        // Laid out once while the font lasts: the axes print the same labels
+        // at every paint.
+        auto kept = texts_.find(text);
+        if (kept == texts_.end()) {
+            if (texts_.size() >= kKeptWidths) texts_.clear();
+            QStaticText laid(QString::fromStdString(text));
+            laid.setTextFormat(Qt::PlainText);
+            laid.prepare(QTransform(), Font());
+            kept = texts_.emplace(text, std::move(laid)).first;
+        }
+        p.drawStaticText(QPointF(std::floor(Dx(CurrentX)), std::floor(Dy(CurrentY))), kept->second);
     }
     CurrentX += width;
 }

@@ -20,10 +20,12 @@
 #include <QFontMetricsF>
 #include <QImage>
 #include <QPainter>
+#include <QStaticText>
 #include <cmath>
 #include <functional>
 #include <memory>
 #include <string>
+#include <unordered_map>
 
 #include "core/draw_surface.h"
 
@@ -87,6 +89,11 @@ class PainterSurface : public DrawSurface {
     bool fontBold_ = false;
     QFont font_;
     std::unique_ptr<QFontMetricsF> metrics_;
+    // Text widths in twips in the current font.
+    static constexpr size_t kKeptWidths = 4096;
+    std::unordered_map<std::string, double> widths_;
+    // Texts laid out in the current font, as Print draws them.
+    std::unordered_map<std::string, QStaticText> texts_;
 };
 
 class RasterSurface : public PainterSurface {
