@@ -20,6 +20,7 @@ int RunExport(const std::vector<std::string>& args);
 int RunExportRaw(const std::vector<std::string>& args);
 int RunLapTable(const std::vector<std::string>& args);
 int RunGraph(const std::vector<std::string>& args);
+int RunMap(const std::vector<std::string>& args);
 
 // The table main dispatches on; a new subcommand adds one line here.
 inline const Command kCommands[] = {
@@ -55,6 +56,14 @@ inline const Command kCommands[] = {
      "copy command puts it on the clipboard (--copy), and one line per slot with its ranges, "
      "ticks and points (--axes).",
      RunGraph},
+    {"map",
+     "map [--config-dir DIR] [--family F] [--vehicle V] FILE.run... [--var NAME] [--runs N,...] "
+     "[--laps] [--auto-sectors N] [--size WxH] -o OUT.png|OUT.svg|OUT.pdf",
+     "Load and process the runs and draw the track map as its window draws it, the whole track "
+     "in view: the paths of the runs given by --runs (default 1), coloured by the variable "
+     "--var (default \"No Color Coding\"), with the track markers (--laps places the lap "
+     "marker first, --auto-sectors N also the sectors, whose names stand on the map), the colour strip and the scale bar.",
+     RunMap},
 };
 
 // Writes the usage of one command, or of all when name is empty.

@@ -1,0 +1,330 @@
+// The track map's picture: the change check, the colour range, the strips
+// beside the map, the reference lap, each panel's path from the compressed
+// index, the highlighted stretches, the variable ticks, the track markers and
+// the section names, and the scroll bars' numbers.
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+
+#include "core/log.h"
+#include "core/support.h"
+#include "derived/reference_lap.h"
+#include "results/laps.h"
+#include "results/track_markers.h"
+#include "store/catalogue.h"
+#include "store/run_procedures.h"
+#include "store/run_store.h"
+#include "views/track_map.h"
+
+namespace tl {
+namespace {
+
+constexpr uint32_t kGreen = 65280;
+
+// Joined lines whose consecutive segments share a colour go to the surface
+// as one polyline.
+class ColouredLine {
+  public:
+    explicit ColouredLine(DrawSurface& s) : s_(s) {}
+    ~ColouredLine() { Flush(); }
+    void Segment(double x1, double y1, double x2, double y2, uint32_t c) {
+        if (xs_.empty() || c != colour_ || xs_.back() != x1 || ys_.back() != y1) {
+            Flush();
+            colour_ = c;
+            xs_.push_back(x1);
+            ys_.push_back(y1);
+        }
+        xs_.push_back(x2);
+        ys_.push_back(y2);
+    }
+    void Flush() {
+        if (xs_.size() > 1) s_.Polyline(xs_.data(), ys_.data(), int(xs_.size()), colour_);
+        xs_.clear();
+        ys_.clear();
+    }
+
+  private:
+    DrawSurface& s_;
+    uint32_t colour_ = 0;
+    std::vector<double> xs_, ys_;
+};
+
+std::string Metres(double unit) {
+    char buf[32];
+    std::snprintf(buf, sizeof buf, "%g", unit);
+    return buf;
+}
+
+// Text centred on its height at (x, y).
+void PrintAt(DrawSurface& s, double x, double y, const std::string& text) {
+    s.CurrentX = x;
+    s.CurrentY = y - s.TextHeight(text) / 2;
+    s.Print(text);
+}
+
+}  // namespace
+
+void TrackMap::Map_Paint() {
+    ReDraw();
+    if (links_ != nullptr) links_->UpdateRunAnimation();
+}
+
+void TrackMap::ChangeCheck(double W, double H) {
+    const PositionCheck now = TakePositionCheck();
+    if (now == view.change) return;
+    view.change = now;
+    view.CompressedIndex = CompressData();
+    view.limits = FindTrackLimits();
+    settings.ViewCentreX = (view.limits.MinX + view.limits.MaxX) / 2;
+    settings.ViewCentreY = (view.limits.MinY + view.limits.MaxY) / 2;
+    settings.ViewRotation = 0;
+    settings.ViewScale = WholeTrackScale(view.limits, W, H);
+    // Each panel follows its run by name.
+    settings.AniRunNameTxt.resize(settings.RunToDisplay.size());
+    for (size_t i = 0; i < settings.RunToDisplay.size(); ++i) {
+        std::string& name = settings.AniRunNameTxt[i];
+        if (!name.empty()) {
+            const int32_t run = FindRunIndex(name);
+            if (run >= 1) settings.RunToDisplay[i] = std::to_string(run);
+        }
+        const int32_t run = PanelRun(int(i));
+        name = run >= 1 ? Store().RunInfo[run].Name : std::string();
+    }
+}
+
+void TrackMap::MakeStrips(const ColourRange& range) {
+    MapStrips& st = view.strips;
+    st = MapStrips{};
+    st.coded = range.coded;
+    if (range.coded) {
+        st.low = range.low;
+        st.high = range.high;
+        st.ScaleMin = FormToSD(range.low, 3);
+        st.ScaleMax = FormToSD(range.high, 3);
+    }
+    // The scale bar: a round number of metres between 400 and 2000 twips.
+    const double s = settings.ViewScale;
+    double unit = 1, length = 1;
+    while (length < 2000 && unit < 100000) {
+        length = unit / s;
+        unit *= 10;
+    }
+    unit /= 100;
+    length = unit / s;
+    if (length < 400)
+        unit *= 5;
+    else if (length < 1000)
+        unit *= 2;
+    length = unit / s;
+    st.barUnit = unit;
+    st.barLength = length;
+    st.barShown = unit < 100000;
+    if (st.barShown) st.ScaleLabel = "scale: " + Metres(unit) + "m";
+}
+
+void TrackMap::DrawColorScale(DrawSurface& strip) const {
+    strip.Cls();
+    if (!view.strips.coded) return;
+    strip.DrawMode = DrawModes::CopyPen;
+    strip.DrawWidth = 1;
+    const double width = strip.ScaleWidth(), h = strip.ScaleHeight();
+    const double whole = std::max(1.0, std::trunc(width));
+    for (double x = 0; x <= width; x += 15) {
+        int n = static_cast<int>(std::floor(x / whole * 600 + 2));
+        strip.Line(x, 0, x, h, GraphColorGen2(n));
+    }
+}
+
+void TrackMap::DrawMapScale(DrawSurface& strip) const {
+    strip.Cls();
+    if (!view.strips.barShown) return;
+    strip.DrawMode = DrawModes::CopyPen;
+    strip.DrawWidth = 1;
+    const double l = view.strips.barLength;
+    strip.Line(1000 - l / 2, 350, 1000 + l / 2, 350, kBlack);
+    strip.Line(1000 - l / 2, 350, 1000 - l / 2, 200, kBlack);
+    strip.Line(1000 + l / 2, 350, 1000 + l / 2, 200, kBlack);
+}
+
+void TrackMap::ReDraw() {
+    LogDebug("track map redraw");
+    if (view.optionsUp) {
+        LogDebug("redraw aborted whilst track not in view!");
+        return;
+    }
+    DrawSurface& s = map_;
+    const double W = s.ScaleWidth(), H = s.ScaleHeight();
+    ChangeCheck(W, H);
+    settings.ViewScale = FindClip(0.01f, settings.ViewScale, 100.0f);
+    const ColourRange range = ColourRangeOf(settings.MapColorVar);
+    MakeStrips(range);
+
+    s.Cls();
+    s.DrawMode = DrawModes::CopyPen;
+    s.DrawWidth = 1;
+    s.FillStyle = FillStyles::Transparent;
+    const MapTransform t = Transform();
+
+    // The reference lap, grey and wide, thinned to every fiftieth point.
+    const ReferenceLap& ref = RefLap();
+    if (settings.ShowReferenceLap != 0 && ref.RefLapPoints >= 1 &&
+        int32_t(ref.RefLapX.size()) > ref.RefLapPoints) {
+        std::vector<double> xs, ys;
+        auto add = [&](int32_t j) {
+            xs.push_back(t.XPos2Screen(ref.RefLapX[size_t(j)], ref.RefLapY[size_t(j)]));
+            ys.push_back(t.YPos2Screen(ref.RefLapX[size_t(j)], ref.RefLapY[size_t(j)]));
+        };
+        for (int32_t j = 1; j <= ref.RefLapPoints; j += 50) add(j);
+        if ((ref.RefLapPoints - 1) % 50 != 0) add(ref.RefLapPoints);
+        s.DrawWidth = 5;
+        s.Polyline(xs.data(), ys.data(), int(xs.size()), Rgb(178, 178, 178));
+        s.DrawWidth = 1;
+    }
+
+    DrawPaths(s, t, range);
+    if (settings.ShowVariable != 0) DrawTicks(s, t);
+    DrawMarkers(s, t);
+    DrawSectionNames(s, t);
+    SetScrollBars();
+    view.MapDrawnFlag = 0;
+}
+
+void TrackMap::DrawPaths(DrawSurface& s, const MapTransform& t, const ColourRange& range) {
+    const RunArray& d = Store().RunData;
+    const int32_t cx = ColumnOf(slot::PositionX), cy = ColumnOf(slot::PositionY);
+    if (cx >= d.Columns() || cy >= d.Columns()) return;
+    const float* x = d.Column(cx).data();
+    const float* y = d.Column(cy).data();
+    const float* v = range.coded ? d.Column(range.column).data() : nullptr;
+    const std::vector<int32_t>& index = view.CompressedIndex;
+    for (int panel = 0; panel < Panels(); ++panel) {
+        const int32_t run = PanelRun(panel);
+        if (run < 1) continue;
+        const RunRecord& r = Store().RunInfo[run];
+        if (r.RunLength <= 10) continue;
+        const int32_t end = std::min(r.RunEnd, d.UpperRow());
+        ColouredLine line(s);
+        size_t k = FirstCompressedEntry(index, r.RunStart);
+        if (k < index.size() && index[k] <= end) {
+            int32_t a = index[k];
+            double ax = t.XPos2Screen(x[a], y[a]), ay = t.YPos2Screen(x[a], y[a]);
+            for (++k; k < index.size() && index[k] <= end; ++k) {
+                const int32_t b = index[k];
+                const double bx = t.XPos2Screen(x[b], y[b]), by = t.YPos2Screen(x[b], y[b]);
+                line.Segment(ax, ay, bx, by, PathColour(range, v ? v[a] : 0, panel));
+                a = b;
+                ax = bx;
+                ay = by;
+            }
+        }
+        line.Flush();
+        // The stretches the measurement table highlights, row by row.
+        for (const HighlightSection& h : HighlightSections()) {
+            if (!h.active || h.run != run) continue;
+            const int32_t first = std::max(h.firstRow, 0), last = std::min(h.lastRow, d.UpperRow());
+            if (first >= last) continue;
+            s.DrawWidth = 5;
+            for (int32_t i = first; i < last; ++i)
+                line.Segment(t.XPos2Screen(x[i], y[i]), t.YPos2Screen(x[i], y[i]),
+                             t.XPos2Screen(x[i + 1], y[i + 1]), t.YPos2Screen(x[i + 1], y[i + 1]),
+                             PathColour(range, v ? v[i] : 0, panel));
+            line.Flush();
+            s.DrawWidth = 1;
+        }
+    }
+}
+
+void TrackMap::DrawTicks(DrawSurface& s, const MapTransform& t) {
+    const RunArray& d = Store().RunData;
+    const int32_t cx = ColumnOf(slot::PositionX), cy = ColumnOf(slot::PositionY);
+    const int32_t column = FindVarIndex(settings.VarToAdd);
+    if (cx >= d.Columns() || cy >= d.Columns() || column < 0 || column >= d.Columns()) return;
+    s.FontName = "Microsoft Sans Serif";
+    s.FontSize = 7;
+    s.FontBold = false;
+    s.FillStyle = FillStyles::Transparent;
+    for (int panel = 0; panel < Panels(); ++panel) {
+        const int32_t run = PanelRun(panel);
+        if (run < 1) continue;
+        const RunRecord& r = Store().RunInfo[run];
+        if (r.RunLength < 1) continue;
+        const int ticks =
+            std::clamp(static_cast<int>(std::trunc(GetVal(settings.NumOfTicks))), 2, 100);
+        const int32_t step = std::clamp(
+            static_cast<int32_t>(std::lround(double(r.RunLength) / ticks)), 1, r.RunLength);
+        const uint32_t c = VqColorIndex(panel, false);
+        s.ForeColor = c;
+        for (int32_t i = r.RunStart; i <= std::min(r.RunEnd, d.UpperRow()); i += step) {
+            const double px = t.XPos2Screen(d(i, cx), d(i, cy));
+            const double py = t.YPos2Screen(d(i, cx), d(i, cy));
+            s.Circle(px, py, 40, c);
+            s.CurrentX = px;
+            s.CurrentY = py;
+            s.Print(FormToSD(d(i, column), 3));
+        }
+    }
+    s.ForeColor = kBlack;
+}
+
+void TrackMap::DrawMarkers(DrawSurface& s, const MapTransform& t) {
+    s.FontName = "Microsoft Sans Serif";
+    s.FontSize = 7;
+    s.FontBold = false;
+    for (int i = 1; i < kTrackMarkerCount; ++i) {
+        const TrackMarker& m = Markers().Entries[size_t(i)];
+        if (m.Name.empty()) continue;
+        s.FillColor = kGreen;
+        s.FillStyle = FillStyles::Solid;
+        s.DrawWidth = 1;
+        const double x1 = t.XPos2Screen(m.X1, m.Y1), y1 = t.YPos2Screen(m.X1, m.Y1);
+        const double x2 = t.XPos2Screen(m.X2, m.Y2), y2 = t.YPos2Screen(m.X2, m.Y2);
+        const double a = std::atan2(y2 - y1, x2 - x1);
+        const double ex = 100 * std::cos(a), ey = 100 * std::sin(a);
+        s.Line(x1 - ex, y1 - ey, x2 + ex, y2 + ey, kGreen);
+        s.Circle(x1 - ex, y1 - ey, 80, kGreen);
+        s.Circle(x2 + ex, y2 + ey, 80, kGreen);
+        s.FillStyle = FillStyles::Transparent;
+        s.ForeColor = kBlack;
+        // The name beside the first end's disc.
+        PrintAt(s, x1 - ex + 120, y1 - ey, m.Name);
+    }
+}
+
+void TrackMap::DrawSectionNames(DrawSurface& s, const MapTransform& t) {
+    const int lap = CheckForLapMarker();
+    if (lap < 1 || Store().RunCount < 1) return;
+    const std::vector<int32_t>& c = MarkerCrossings(lap, 1);
+    if (c.size() <= 2) return;
+    const int32_t time = ColumnOf(slot::Time);
+    double best = 1e20;
+    int32_t lapStart = 0, lapEnd = 0;
+    for (size_t k = 1; k < c.size(); ++k) {
+        const double dt = double(RunData(c[k], time)) - RunData(c[k - 1], time);
+        if (dt < best) {
+            best = dt;
+            lapStart = c[k - 1];
+            lapEnd = c[k];
+        }
+    }
+    auto inLap = [&](const std::string& name) -> int32_t {
+        const int index = FindTrackMarkerIndex(name);
+        for (int32_t row : MarkerCrossings(index, 1))
+            if (row >= lapStart && row <= lapEnd) return row;
+        return -1;
+    };
+    const int32_t dist = ColumnOf(slot::DistanceKm);
+    const int32_t cx = ColumnOf(slot::PositionX), cy = ColumnOf(slot::PositionY);
+    s.ForeColor = kBlack;
+    for (int r = kFirstSectorRow; r <= kLastSectorRow; ++r) {
+        const MeasurementRow& row = Measurements().Rows[size_t(r)];
+        if (row.Mode.empty()) continue;
+        const int32_t a = inLap(row.StartMarker), b = inLap(row.EndMarker);
+        if (a < 0 || b < 0) continue;
+        const float mid = (RunData(a, dist) + RunData(b, dist)) / 2;
+        const int32_t at = FindIndexFromDistance(mid, Store().RunInfo[1].RunStart, 1);
+        PrintAt(s, t.XPos2Screen(RunData(at, cx), RunData(at, cy)),
+                t.YPos2Screen(RunData(at, cx), RunData(at, cy)), row.Mode);
+    }
+}
+
+}  // namespace tl
