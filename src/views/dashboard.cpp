@@ -79,7 +79,7 @@ std::string DialMultiplierText(float multiplier) {
 }
 
 Dashboard::Dashboard(DrawSurface& surface, int panelIndex)
-    : PanelIndex(panelIndex), s_(surface), needleColour_(VqColorIndex(panelIndex, false)) {
+    : PanelIndex(panelIndex), Colour(VqColorIndex(panelIndex, false)), s_(surface) {
     DashVar.fill("Select Variable");
 }
 
@@ -199,7 +199,7 @@ void Dashboard::UpDateDial(double x, double y, double size, float min, float max
     const double a = ((double(value) - min) / (double(max) - min) * 270 + 45) * kDegree;
     s_.DrawMode = DrawModes::XorPen;
     s_.DrawWidth = static_cast<int>(L / 500) + 1;
-    s_.Line(x, y, x + L * std::cos(a), y + L * std::sin(a), needleColour_);
+    s_.Line(x, y, x + L * std::cos(a), y + L * std::sin(a), kWhite);
     s_.DrawWidth = 1;
     s_.DrawMode = DrawModes::CopyPen;
     s_.ForeColor = kWhite;

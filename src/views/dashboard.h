@@ -54,7 +54,7 @@ inline constexpr int kDials = 4;
 class Dashboard {
   public:
     // The surface is the form's and outlives the dashboard. The needles are
-    // drawn in the panel's colour, VqColorIndex(panelIndex).
+    // white XOR marks on the black faces.
     Dashboard(DrawSurface& surface, int panelIndex);
 
     // The four variable names of DashVar on the track map form ("Select
@@ -66,6 +66,8 @@ class Dashboard {
     bool DashFresh = true;
     bool DashResizing = false;
     std::string Caption;
+    // The panel's colour, VqColorIndex(PanelIndex), for the window's frame.
+    uint32_t Colour = 0;
 
     // Caption "Virtual Dashboard: " + the run's name.
     void SetRunName(const std::string& runName);
@@ -87,7 +89,6 @@ class Dashboard {
 
   private:
     DrawSurface& s_;
-    uint32_t needleColour_;
 };
 
 // DashForms: per playback panel 0 to 9 an entry, in use or free, with its
