@@ -120,6 +120,19 @@ std::vector<int32_t> CompressData() {
         const double my = (double(y[cur]) + y[cur + step]) / 2;
         return std::hypot(mx - x[mid], my - y[mid]);
     };
+    // The farthest any row of the chord lies from it.
+    auto deviation = [&](int32_t cur, int32_t step) {
+        const double ax = x[cur], ay = y[cur];
+        const double dx = double(x[cur + step]) - ax, dy = double(y[cur + step]) - ay;
+        const double l2 = dx * dx + dy * dy;
+        double worst = 0;
+        for (int32_t i = cur + 1; i < cur + step; ++i) {
+            const double t =
+                l2 > 0 ? std::clamp(((x[i] - ax) * dx + (y[i] - ay) * dy) / l2, 0.0, 1.0) : 0;
+            worst = std::max(worst, std::hypot(x[i] - ax - t * dx, y[i] - ay - t * dy));
+        }
+        return worst;
+    };
     for (int32_t run = 1; run <= st.RunCount; ++run) {
         const RunRecord& r = st.RunInfo[run];
         const int32_t end = std::min(r.RunEnd, st.RunData.UpperRow());
@@ -130,6 +143,10 @@ std::vector<int32_t> CompressData() {
             // the path: grow while the next step would still pass.
             int32_t step = 1;
             while (have && cur + step < end && chordError(cur, step + 1) < 0.5) ++step;
+            // The middle alone can pass a chord that cuts a corner elsewhere:
+            // shorten it until every row lies within half a metre.
+            while (have && step > 1 && deviation(cur, step) > 0.5)
+                step = std::min(step - 1, step * 3 / 4 + 1);
             cur = cur + step >= end ? end : cur + step;
             index.push_back(cur);
         }
