@@ -140,6 +140,7 @@ double Playback::LimitJump(int panel, double j) const {
 }
 
 void Playback::JumpButton_Click(int index) {
+    if (index < 0) return;
     Procedure("JumpButton_Click", [&] {
         const std::string text =
             index > RunsInUse() - 1 ? CommonJumpToTime : panels_[index].JumpToTime;
@@ -255,6 +256,39 @@ void Playback::ReGenerateAniControls() {
         LoadPanel(panels_.back());
     }
     views_.PanelsChanged();
+}
+
+void Playback::ShowDash_Click() {
+    Procedure("ShowDash_Click", [&] {
+        RunsDisplayed_Change();
+        ReGenerateAniControls();
+        for (int i = 0; i < RunsInUse(); ++i) {
+            if (views_.DashboardOf(i)) continue;
+            Dashboard* d = views_.CreateDashboard(i);
+            if (!d) continue;
+            d->SetRunName(Store().RunInfo[RunOf(i)].Name);
+            d->DashVar = DashVar;
+            d->FindDialLimits();
+            d->ReDrawDash();
+            d->UpdateDash(PanelRow(i));
+        }
+    });
+}
+
+void Playback::HideDash_Click() {
+    for (int i = 0; i < kMaxPanels; ++i)
+        if (views_.DashboardOf(i)) views_.CloseDashboard(i);
+}
+
+void Playback::DashVar_Click() {
+    Procedure("DashVar_click", [&] {
+        for (int i = 0; i < kMaxPanels; ++i) {
+            Dashboard* d = views_.DashboardOf(i);
+            if (!d) continue;
+            d->DashVar = DashVar;
+            d->Refresh();
+        }
+    });
 }
 
 bool Playback::Start(double now) {

@@ -23,6 +23,7 @@
 // views.
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <functional>
 #include <string>
@@ -51,6 +52,10 @@ class PlaybackViews {
     virtual void RedrawMap() {}
     // The dashboard of a panel whose DashForms entry is in use, or null.
     virtual Dashboard* DashboardOf(int /*panel*/) { return nullptr; }
+    // Makes a dashboard window for a panel and enters it in DashForms;
+    // playback then sets its caption, variables, scales and first picture.
+    // Null when none can be made.
+    virtual Dashboard* CreateDashboard(int /*panel*/) { return nullptr; }
     // Closes the dashboard of a panel (ReGenerateAniControls closes those
     // beyond the number of runs displayed).
     virtual void CloseDashboard(int /*panel*/) {}
@@ -148,6 +153,18 @@ class Playback {
     // panels are regenerated.
     void RunsDisplayed_Change();
     void ReGenerateAniControls();
+
+    // --- dashboards ---
+    // The four DashVar selections on the form.
+    std::array<std::string, 4> DashVar{"Select Variable", "Select Variable", "Select Variable",
+                                       "Select Variable"};
+    // ShowDash_Click: the number of runs applied, then a dashboard for each
+    // panel that has none, captioned with its run, drawn at its row.
+    void ShowDash_Click();
+    // HideDash_Click: every dashboard in use closed.
+    void HideDash_Click();
+    // DashVar_click: every open dashboard takes the selections again.
+    void DashVar_Click();
 
     // --- the loop ---
     // Step 1 of SyncedPlay: the clock noted, the playing panels' bases set.

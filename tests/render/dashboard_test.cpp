@@ -7,7 +7,9 @@
 #include <QColor>
 #include <QImage>
 #include <cmath>
+#include <memory>
 #include <string>
+#include <vector>
 
 #include "core/config_store.h"
 #include "platform/render/painter_surface.h"
@@ -16,6 +18,7 @@
 #include "store/run_store.h"
 #include "support/engine_fixture.h"
 #include "views/dashboard.h"
+#include "views/playback.h"
 
 namespace tl {
 namespace {
@@ -208,6 +211,55 @@ TEST_F(DashboardTest, NeedlesStandAtTheirValuesAndGoWhenDrawnAgain) {
     // Rows beyond the table are clamped.
     dash.UpdateDash(Store().RunData.UpperRow() + 50);
     EXPECT_EQ(dash.DashRow, Store().RunData.UpperRow());
+}
+
+// The windows of the dashboards as the track map form makes them.
+struct DashViews : PlaybackViews {
+    std::vector<std::unique_ptr<render::RasterSurface>> surfaces;
+    std::vector<std::unique_ptr<Dashboard>> made;
+    Dashboard* DashboardOf(int panel) override { return DashForms().At(panel); }
+    Dashboard* CreateDashboard(int panel) override {
+        surfaces.push_back(std::make_unique<render::RasterSurface>(467, 200, 96.0));
+        made.push_back(std::make_unique<Dashboard>(*surfaces.back(), panel));
+        DashForms().Open(panel, made.back().get());
+        return made.back().get();
+    }
+    void CloseDashboard(int panel) override { DashForms().Close(panel); }
+};
+
+TEST_F(DashboardTest, ShownPerPanelClosedBeyondTheRunsAndHidden) {
+    DashForms().Reset();
+    DashViews views;
+    Playback pb(views, [] { return 40000.0; });
+    pb.DashVar = dash.DashVar;
+    pb.RunsDisplayed = "2";
+    pb.ShowDash_Click();
+    ASSERT_TRUE(DashForms().InUse(0));
+    ASSERT_TRUE(DashForms().InUse(1));
+    Dashboard* second = DashForms().At(1);
+    EXPECT_EQ(second->Caption, "Virtual Dashboard: " + Store().RunInfo[1].Name);
+    EXPECT_FALSE(second->DashFresh);
+    EXPECT_EQ(second->DashRow, Store().RunInfo[1].RunStart);
+    EXPECT_EQ(second->Dials[1].DialMax, dash.Dials[1].DialMax);
+    // A second press makes none again.
+    pb.ShowDash_Click();
+    EXPECT_EQ(views.made.size(), 2u);
+    // A playback round moves them.
+    pb.Panel(1).JumpToTime = "60";
+    pb.JumpButton_Click(1);
+    EXPECT_EQ(second->DashRow, Store().RunInfo[1].RunStart + 6000);
+    // New selections reach every open dashboard.
+    pb.DashVar[0] = "Select Variable";
+    pb.DashVar_Click();
+    EXPECT_EQ(second->Dials[0].VarColumn, ColumnOf(kNoDataSlot));
+    // One run: the second panel's dashboard goes.
+    pb.RunsDisplayed = "1";
+    pb.RunsDisplayed_Change();
+    EXPECT_TRUE(DashForms().InUse(0));
+    EXPECT_FALSE(DashForms().InUse(1));
+    pb.HideDash_Click();
+    EXPECT_FALSE(DashForms().InUse(0));
+    DashForms().Reset();
 }
 
 TEST(DashForms, EntriesPerPanel) {
