@@ -180,25 +180,28 @@ GraphPolyline ColumnEnvelope(const GraphModel& g, int slot, const GraphFrame& f,
     const size_t room = static_cast<size_t>(std::clamp<int64_t>(4 * columns, 0, count)) + 16;
     line.x.reserve(room);
     line.y.reserve(room);
-    // The column being gathered: its first, lowest, highest and last point
-    // (rows into DataArray), -1 when no run is open.
+    // The column being gathered while a run is open: its first and last
+    // point and those of the greatest and the least value (the top and the
+    // foot of the column on the surface), by row of DataArray, surface x and
+    // value y; surface y is worked out only for the points kept.
     struct Kept {
         int32_t row;
-        double x, y;
+        double x;
+        float y;
     };
-    Kept first{}, low{}, high{}, last{};
+    Kept first{}, top{}, foot{}, last{};
     int64_t column = 0;
     bool open = false;
     auto emit = [&](const Kept& k) {
         line.x.push_back(k.x);
-        line.y.push_back(k.y);
+        line.y.push_back(f.Y(k.y, a));
     };
-    // Any path from the first to the last through the lowest and the highest
+    // Any path from the first to the last through the top and the foot
     // covers the same pixels of the column; none is taken twice.
     auto flush = [&] {
         emit(first);
-        if (low.row != first.row && low.row != last.row) emit(low);
-        if (high.row != first.row && high.row != last.row && high.row != low.row) emit(high);
+        if (top.row != first.row && top.row != last.row) emit(top);
+        if (foot.row != first.row && foot.row != last.row && foot.row != top.row) emit(foot);
         if (last.row != first.row) emit(last);
     };
     for (int32_t p = 1; p <= count; ++p) {
@@ -213,17 +216,17 @@ GraphPolyline ColumnEnvelope(const GraphModel& g, int slot, const GraphFrame& f,
             open = false;
             continue;
         }
-        const Kept k{p, f.X(xv, a), f.Y(yv, a)};
+        const Kept k{p, f.X(xv, a), yv};
         const int64_t c = s.DeviceX(k.x);
         if (open && c == column) {
-            if (k.y < low.y) low = k;
-            if (k.y > high.y) high = k;
+            if (k.y > top.y) top = k;
+            if (k.y < foot.y) foot = k;
             last = k;
             continue;
         }
         if (open) flush();
         column = c;
-        first = low = high = last = k;
+        first = top = foot = last = k;
         open = true;
     }
     if (open) flush();
@@ -298,7 +301,8 @@ void DrawData(const GraphModel& g, int slot, double left, double bottom, DrawSur
     s.DrawWidth = 1;
     const double size = std::min(f.W / 200, f.H / 150);
     if (Ticked(g.settings.JoinPoints)) {
-        if (detail == LineDetail::Full) {
+        // Files and the printer draw every point, once: nothing is kept.
+        if (detail == LineDetail::Full || !s.HasPixelColumns()) {
             DrawPolyline(JoinedLine(g, slot, f), c, s);
         } else {
             const GraphLineCache& line = SlotLine(g, slot, f, s);

@@ -62,20 +62,21 @@ GraphPolyline JoinedLine(const GraphModel& g, int slot, const GraphFrame& f);
 
 // The per-pixel-column envelope of JoinedLine on a surface with pixel
 // columns: within each run of inside points, the points falling in one
-// device column (DeviceX) are reduced to the first, the lowest, the highest
-// and the last of them (by y), in that order, and the last joins the next
-// column's first. The lines between points of one column all stand straight
+// device column (DeviceX) are reduced to the first, the top, the foot and
+// the last of them, in that order, and the last joins the next column's
+// first. The lines between points of one column all stand straight
 // down that column, so the envelope gives the very pixels of the full line,
 // whatever the pen's width: a 1-pixel pen at 96 dpi, its 2 pixels at 192.
 // A point is kept once where it is more than one of the four.
 GraphPolyline ColumnEnvelope(const GraphModel& g, int slot, const GraphFrame& f,
                              const DrawSurface& s);
 
-// What DrawData draws a slot's joined line through: the envelope when the
-// surface has pixel columns and the slot more inside points than the plot
-// has columns, else JoinedLine (vector surfaces keep every point). Kept in
-// g.lineCache and made again only when the data (DataGeneration), the slot's
-// ranges or count, or the surface's size or resolution change.
+// What DrawData draws a slot's joined line through on a surface with pixel
+// columns: the envelope when the slot has more inside points than the plot
+// has columns, else JoinedLine. Kept in g.lineCache and made again only when
+// the data (DataGeneration), the slot's ranges or count, or the surface's
+// size or resolution change. Vector surfaces (files, the printer) have no
+// columns: DrawData draws every point there and keeps nothing.
 const GraphLineCache& SlotLine(const GraphModel& g, int slot, const GraphFrame& f,
                                const DrawSurface& s);
 
