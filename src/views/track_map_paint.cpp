@@ -211,7 +211,10 @@ void TrackMap::DrawPaths(DrawSurface& s, const MapTransform& t, const ColourRang
             for (++k; k < index.size() && index[k] <= end; ++k) {
                 const int32_t b = index[k];
                 const double bx = t.XPos2Screen(x[b], y[b]), by = t.YPos2Screen(x[b], y[b]);
-                line.Segment(ax, ay, bx, by, PathColour(range, v ? v[a] : 0, panel));
+                // A segment wholly beyond one edge draws nothing.
+                const bool outside = (ax < 0 && bx < 0) || (ay < 0 && by < 0) ||
+                                     (ax > t.W && bx > t.W) || (ay > t.H && by > t.H);
+                if (!outside) line.Segment(ax, ay, bx, by, PathColour(range, v ? v[a] : 0, panel));
                 a = b;
                 ax = bx;
                 ay = by;
