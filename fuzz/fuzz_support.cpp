@@ -26,6 +26,19 @@ namespace fs = std::filesystem;
 namespace tl::fuzz {
 namespace {
 
+// Where the configuration root and the input file live: a memory file system
+// when the machine has one. Every options write is flushed to disk before its
+// rename, and a change of family rewrites a few options: on a disk that costs
+// milliseconds an input, on /dev/shm nothing.
+fs::path ScratchRoot() {
+    std::error_code ec;
+    const fs::path shm = "/dev/shm";
+    const fs::path base = fs::is_directory(shm, ec) && ::access(shm.c_str(), W_OK) == 0
+                              ? shm
+                              : fs::temp_directory_path();
+    return base / ("tracelab-fuzz-" + std::to_string(::getpid()));
+}
+
 struct FuzzEngine {
     ScriptedPlatform ui;
     fs::path root;
@@ -37,7 +50,7 @@ struct FuzzEngine {
     FuzzEngine() {
         ui.defaultYesNo = false;
         SetPlatform(ui.AsPlatform());
-        root = fs::temp_directory_path() / ("tracelab-fuzz-" + std::to_string(::getpid()));
+        root = ScratchRoot();
         std::error_code ec;
         fs::remove_all(root, ec);
         FormBasePaths(TRACELAB_BIN_DIR, TRACELAB_SHARE_DIR, root.string());
@@ -49,8 +62,7 @@ struct FuzzEngine {
         input = (root / "input.run").string();
         std::atexit([] {
             std::error_code e;
-            fs::remove_all(
-                fs::temp_directory_path() / ("tracelab-fuzz-" + std::to_string(::getpid())), e);
+            fs::remove_all(ScratchRoot(), e);
         });
     }
 };
