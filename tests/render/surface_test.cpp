@@ -8,6 +8,7 @@
 #include <filesystem>
 #include <fstream>
 #include <string>
+#include <vector>
 
 #include "core/support.h"
 #include "platform/render/painter_surface.h"
@@ -57,6 +58,35 @@ TEST(RasterSurface, TwipsLandOnThePixelsThatHoldThem) {
     EXPECT_TRUE(IsColour(b, 250, 96, red));
     EXPECT_TRUE(IsColour(b, 250, 95, red) != IsColour(b, 250, 97, red));
     EXPECT_EQ(CountColour(b, red) % 2, 0);
+}
+
+TEST(RasterSurface, WidePensCoverTheirLinesWithSquareEnds) {
+    // 192 dpi: DrawWidth 1 is a two-pixel pen on the line between pixels
+    // 191 and 192, its ends grown by one pixel: (1440, 720) to (1440, 1440)
+    // is columns 191 and 192, rows 95 to 192.
+    const uint32_t red = Rgb(255, 0, 0);
+    RasterSurface big(400, 300, 192.0);
+    big.Line(1440, 720, 1440, 1440, red);
+    EXPECT_EQ(CountColour(big.Image(), red), 2 * 98);
+    EXPECT_TRUE(IsColour(big.Image(), 191, 95, red));
+    EXPECT_TRUE(IsColour(big.Image(), 192, 192, red));
+    EXPECT_FALSE(IsColour(big.Image(), 193, 150, red));
+    // A point with that pen is its two by two square.
+    big.Cls();
+    big.Polyline(std::vector<double>{1440, 1441}.data(), std::vector<double>{720, 721}.data(), 2,
+                 red);
+    EXPECT_EQ(CountColour(big.Image(), red), 4);
+    EXPECT_TRUE(IsColour(big.Image(), 191, 95, red));
+    EXPECT_TRUE(IsColour(big.Image(), 192, 96, red));
+    // 96 dpi, DrawWidth 3: three pixels centred on row 48, one more at
+    // each end: (1440, 720) to (2880, 720) is rows 47 to 49, columns 95 to
+    // 193.
+    RasterSurface s(300, 200, 96.0);
+    s.DrawWidth = 3;
+    s.Line(2880, 720, 1440, 720, red);
+    EXPECT_EQ(CountColour(s.Image(), red), 3 * 99);
+    EXPECT_TRUE(IsColour(s.Image(), 95, 47, red));
+    EXPECT_TRUE(IsColour(s.Image(), 193, 49, red));
 }
 
 TEST(RasterSurface, ALineOfNoLengthIsTheDotOfItsPixel) {

@@ -119,13 +119,34 @@ void PainterSurface::Dot(const QPointF& at) {
         QPoint(static_cast<int>(std::floor(at.x())), static_cast<int>(std::floor(at.y()))));
 }
 
+// A wide solid pen's line straight across or down (the grid, the axes, a
+// graph's line within one pixel column) covers the rectangle of its ends
+// grown by half the pen on every side, square caps included: filled as that
+// rectangle it takes the same pixels for far less than a stroked outline.
+// Files and the printer keep their lines.
+void PainterSurface::WideLine(const QPointF& from, const QPointF& to) {
+    const QPen& pen = painter_->pen();
+    if (HasPixelColumns() && DrawMode == DrawModes::CopyPen && pen.style() == Qt::SolidLine &&
+        (from.x() == to.x() || from.y() == to.y())) {
+        const double h = pen.widthF() / 2;
+        painter_->fillRect(
+            QRectF(QPointF(std::min(from.x(), to.x()) - h, std::min(from.y(), to.y()) - h),
+                   QPointF(std::max(from.x(), to.x()) + h, std::max(from.y(), to.y()) + h)),
+            pen.color());
+        return;
+    }
+    painter_->drawLine(from, to);
+}
+
 void PainterSurface::Line(double x1, double y1, double x2, double y2, uint32_t colour) {
     CurrentX = x2;
     CurrentY = y2;
     if (!Prepare(colour, false)) return;
     const double w = painter_->pen().widthF();
     const QPointF from(Snap(Dx(x1), w), Snap(Dy(y1), w)), to(Snap(Dx(x2), w), Snap(Dy(y2), w));
-    if (from == to && painter_->pen().isCosmetic())
+    if (!painter_->pen().isCosmetic())
+        WideLine(from, to);
+    else if (from == to)
         Dot(from);
     else
         painter_->drawLine(from, to);
@@ -167,7 +188,7 @@ void PainterSurface::Polyline(const double* xs, const double* ys, int count, uin
         QPointF from = at(0);
         for (int i = 1; i < count; ++i) {
             const QPointF to = at(i);
-            painter_->drawLine(from, to);
+            WideLine(from, to);
             from = to;
         }
     }

@@ -77,6 +77,8 @@ class PainterSurface : public DrawSurface {
     // weight changed (text is measured and drawn many times a paint).
     // The pixel that holds a snapped position, in the current pen.
     void Dot(const QPointF& at);
+    // A line of snapped ends in the current pen, wider than one pixel.
+    void WideLine(const QPointF& from, const QPointF& to);
     const QFont& Font();
     const QFontMetricsF& Metrics();
 
