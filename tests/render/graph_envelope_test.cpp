@@ -1,7 +1,7 @@
 // The XY graph's joined line drawn from its per-pixel-column envelope gives
 // the very pixels of the polyline through every point: the demo road run
-// with every row in three slots, at 100 % and 200 %, whole and zoomed so
-// that the line breaks at many excursions.
+// with every row in three slots, at 100 % and 200 %, whole, zoomed so that
+// the line breaks at many excursions, and fast-plotted.
 #include <gtest/gtest.h>
 
 #include <QImage>
@@ -53,8 +53,8 @@ class GraphEnvelope : public test::EngineTest {
     // 1000 x 600 pixels at 96 dpi and of the same twips at 192 dpi, from one
     // regeneration (the envelope kept for 96 dpi must not serve 192); the
     // pictures must agree bit for bit, and the envelope must have been used
-    // (fewer times fewer points than the full line).
-    void ExpectSamePixels(const char* what, size_t fewer = 3) {
+    // (fewer times fewer points than the full line) in the first slots.
+    void ExpectSamePixels(const char* what, size_t fewer = 3, int checked = 3) {
         g.SetTickCounts(15000, 9000);
         g.ReGenerateGraph();
         for (double dpi : {96.0, 192.0}) {
@@ -64,7 +64,7 @@ class GraphEnvelope : public test::EngineTest {
             Graphbox_Paint(g, envelope);
             Graphbox_Paint(g, full, LineDetail::Full);
             const GraphFrame f = FrameOf(g, envelope);
-            for (int slot = 0; slot < 3; ++slot) {
+            for (int slot = 0; slot < checked; ++slot) {
                 const size_t every = JoinedLine(g, slot, f).x.size();
                 EXPECT_LE(SlotLine(g, slot, f, envelope).x.size() * fewer, every)
                     << "slot " << slot;
@@ -85,9 +85,17 @@ class GraphEnvelope : public test::EngineTest {
 };
 
 TEST_F(GraphEnvelope, WholeRunsGiveThePixelsOfEveryPoint) {
+    // An X axis a slot: speed and lateral g against time, and longitudinal
+    // against lateral g, whose X goes back and forth over the columns.
+    g.settings.MultipleXAxis = 1;
+    g.settings.Slots[1].SelXAxis = g.settings.Slots[0].SelXAxis;
+    g.settings.Slots[2].SelXAxis = "Accel Lateral [g]";
     g.ReGenerateGraph();
     ASSERT_GT(g.axis[0].PointCount, 20000);
-    ExpectSamePixels("whole");
+    ASSERT_LT(g.axis[2].XMin, -1.0f);
+    // Against g the points rarely share a column with the one before: the
+    // envelope is not much shorter there.
+    ExpectSamePixels("whole", 3, 2);
 }
 
 TEST_F(GraphEnvelope, ZoomedWithBreaksAtExcursionsGivesThePixelsOfEveryPoint) {
