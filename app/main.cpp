@@ -30,10 +30,24 @@
 //   --lap-overlay        as --lap-times, then selects the first two laps of
 //                        run 1 in the table and presses its Graph button
 //                        (frmSectorGraphSelector takes its remembered
-//                        choice, speed over distance at first).
+//                        choice, speed over distance at first);
+//   --load PATH          loads one more run file once the start is over (as
+//                        the recent-files list does);
+//   --map                opens the track map once the start is over (runs
+//                        processed as for --graph), the whole track shown;
+//   --map-colour VAR     with --map, the variable the paths are coloured by;
+//   --runs N             with --map, the number of runs displayed;
+//   --dash V1,V2,V3,V4   with --map, the dashboards' four variables, and a
+//                        dashboard shown for each panel;
+//   --value-table        opens the variable values table;
+//   --play-to SECONDS    with --map, every panel jumps to this run time, as
+//                        the common row's jump button does (a moment of
+//                        playback stood still: dots, needles, cursors).
 #include <QApplication>
 #include <QDir>
 #include <QFileInfo>
+#include <QMdiArea>
+#include <QMdiSubWindow>
 #include <QMessageBox>
 #include <QPainter>
 #include <QPixmap>
@@ -59,7 +73,9 @@
 #include "store/catalogue.h"
 #include "store/run_procedures.h"
 #include "store/run_store.h"
+#include "views/playback.h"
 #include "views/qt/graph_xy_form.h"
+#include "views/qt/view_links.h"
 
 namespace {
 
@@ -73,6 +89,13 @@ struct ProgramOptions {
     bool lapOverlay = false;
     QStringList graphVars;
     QStringList graphX;
+    QStringList loads;
+    bool map = false;
+    QString mapColour;
+    QString runs;
+    QStringList dashVars;
+    bool valueTable = false;
+    QString playTo;
 };
 
 ProgramOptions ParseArguments(const QStringList& arguments) {
@@ -93,6 +116,20 @@ ProgramOptions ParseArguments(const QStringList& arguments) {
             options.lapOverlay = true;
         } else if (arg == QLatin1String("--graph") && i + 1 < arguments.size()) {
             options.graphVars = arguments[++i].split(QLatin1Char(','), Qt::SkipEmptyParts);
+        } else if (arg == QLatin1String("--load") && i + 1 < arguments.size()) {
+            options.loads << arguments[++i];
+        } else if (arg == QLatin1String("--map")) {
+            options.map = true;
+        } else if (arg == QLatin1String("--map-colour") && i + 1 < arguments.size()) {
+            options.mapColour = arguments[++i];
+        } else if (arg == QLatin1String("--runs") && i + 1 < arguments.size()) {
+            options.runs = arguments[++i];
+        } else if (arg == QLatin1String("--dash") && i + 1 < arguments.size()) {
+            options.dashVars = arguments[++i].split(QLatin1Char(','));
+        } else if (arg == QLatin1String("--value-table")) {
+            options.valueTable = true;
+        } else if (arg == QLatin1String("--play-to") && i + 1 < arguments.size()) {
+            options.playTo = arguments[++i];
         } else if (arg == QLatin1String("--graph-x") && i + 1 < arguments.size()) {
             options.graphX = arguments[++i].split(QLatin1Char(','));
         } else if (arg == QLatin1String("--quit-after-start")) {
@@ -175,6 +212,74 @@ bool SaveScreenshot(QWidget* mainWindow, const QString& path) {
 
 }  // namespace
 
+// --map and its companions: the map laid out beside what else is open, the
+// panels, the colour, the dashboards and the jump applied as the user would
+// set them on "Options" and the panels.
+void OpenMap(const ProgramOptions& program, tl::shell::MainForm* main) {
+    const QList<QMdiSubWindow*> before = main->MdiArea()->subWindowList();
+    tl::views::TrackMapForm* form = main->ShowTrackMap();
+    tl::TrackMap& map = form->Map();
+    tl::Playback& playback = form->Player();
+    if (!program.mapColour.isEmpty()) map.settings.MapColorVar = program.mapColour.toStdString();
+    if (!program.runs.isEmpty()) {
+        playback.RunsDisplayed = program.runs.toStdString();
+        playback.RunsDisplayed_Change();
+        // Panel i shows run i + 1 where there is one.
+        for (int i = 0; i < playback.RunsInUse(); ++i) {
+            playback.Panel(i).RunToDisplay = std::to_string(std::min(i + 1, tl::Store().RunCount));
+            playback.RunToDisplay_Change(i);
+        }
+    }
+    // The map on the left; a graph opened before it takes the right.
+    const QSize room = main->MdiArea()->viewport()->size();
+    QWidget* mapWindow = form->parentWidget();
+    const bool beside = !before.isEmpty();
+    mapWindow->setGeometry(0, 0, beside ? room.width() * 11 / 20 : std::min(room.width(), 1000),
+                           room.height());
+    for (QMdiSubWindow* sub : before) {
+        sub->setGeometry(mapWindow->width(), 0, room.width() - mapWindow->width(),
+                         program.dashVars.isEmpty() ? room.height() : room.height() * 11 / 20);
+    }
+    QApplication::processEvents();
+    form->PanelsToMap();
+    map.ShowWholeTrack_Click();
+    form->AfterMapCall();
+    if (!program.dashVars.isEmpty()) {
+        for (int k = 0; k < program.dashVars.size() && k < 4; ++k)
+            playback.DashVar[size_t(k)] = program.dashVars[k].trimmed().toStdString();
+        playback.ShowDash_Click();
+        // The dashboards under the graph, side by side.
+        int x = mapWindow->width();
+        for (QMdiSubWindow* sub : main->MdiArea()->subWindowList()) {
+            if (sub->widget() == nullptr ||
+                sub->widget()->objectName() != QLatin1String("frmVirtualDash"))
+                continue;
+            const int w = (room.width() - mapWindow->width()) / std::max(1, playback.RunsInUse());
+            const int top = room.height() * 11 / 20;
+            sub->setGeometry(x, top, w, room.height() - top);
+            x += w;
+        }
+    }
+    if (!program.playTo.isEmpty()) {
+        const int all = playback.RunsInUse();
+        playback.CommonJumpToTime = program.playTo.toStdString();
+        for (int i = 0; i < all; ++i) playback.Panel(i).JumpToTime = program.playTo.toStdString();
+        form->PanelsToMap();
+        playback.JumpButton_Click(all);
+    }
+    form->RefreshControls();
+    if (program.valueTable) {
+        tl::views::ValueTableForm* table = main->ShowValueTable();
+        // The table over the map's right-hand corner, with each panel's row.
+        table->resize(250, std::min(420, room.height() - 40));
+        table->move(main->mapToGlobal(QPoint(mapWindow->width() - 262, 110)));
+        table->raise();
+        for (int i = 0; i < playback.RunsInUse(); ++i)
+            tl::views::Hub().MoveValueTable(playback.PanelRow(i), i, playback.RunsInUse());
+    }
+    tl::views::Hub().RefreshViews();
+}
+
 int main(int argc, char** argv) {
     QApplication app(argc, argv);
     QApplication::setApplicationName(QStringLiteral("Tracelab"));
@@ -210,7 +315,8 @@ int main(int argc, char** argv) {
     if (!ui.MainFormLoaded()) return 0;
     if (program.runManager) ui.MainWindow()->ShowRunManager();
     tl::RunStore& store = tl::Store();
-    if ((program.lapTimes || !program.graphVars.isEmpty()) && store.RunCount > 0 &&
+    if (!program.loads.isEmpty()) ui.MainWindow()->LoadRunFiles(program.loads);
+    if ((program.lapTimes || !program.graphVars.isEmpty() || program.map) && store.RunCount > 0 &&
         tl::RunData(store.RunInfo[1].RunEnd, tl::ColumnOf(tl::slot::Time)) == 0.0f) {
         // A run loaded but not processed (the start's question answered No)
         // has no times yet: it is processed first.
@@ -260,6 +366,8 @@ int main(int argc, char** argv) {
         }
         graph->Regenerate();
     }
+    if (program.valueTable) ui.MainWindow()->ShowValueTable();
+    if (program.map) OpenMap(program, ui.MainWindow());
 
     if (program.quitAfterStart) {
         QTimer::singleShot(0, &app, [&] {

@@ -34,6 +34,9 @@
 #include "store/run_procedures.h"
 #include "store/run_store.h"
 #include "views/qt/graph_xy_form.h"
+#include "views/qt/tool_forms.h"
+#include "views/qt/track_map_form.h"
+#include "views/qt/view_links.h"
 
 namespace tl::shell {
 
@@ -149,6 +152,15 @@ MainForm::MainForm(QWidget* parent) : QMainWindow(parent) {
     // size serves when it is restored from maximised.
     resize(1240, 780);
     RestoreWindowState();
+
+    // Dashboards made by playback open in the frame, at their own size.
+    views::Hub().placeWindow = [this](QWidget* form) {
+        QMdiSubWindow* sub = mdi_->addSubWindow(form);
+        sub->setAttribute(Qt::WA_DeleteOnClose);
+        sub->setWindowIcon(windowIcon());
+        sub->resize(sub->sizeHint().expandedTo(form->sizeHint() + QSize(12, 34)));
+        form->show();
+    };
 }
 
 void MainForm::ShowAtStart() {
@@ -197,7 +209,9 @@ void MainForm::CascadeWindows() {
     if (!subs.isEmpty()) mdi_->setActiveSubWindow(subs.last());
 }
 
-MainForm::~MainForm() = default;
+MainForm::~MainForm() {
+    views::Hub().placeWindow = nullptr;
+}
 
 QString MainForm::Caption() {
     // The original's caption: "VQ Tracelab - " followed by the build id.
@@ -332,8 +346,7 @@ void MainForm::closeEvent(QCloseEvent* event) {
 
 void MainForm::StoreWindowState() {
     if (!FileReadable(Paths().TracelabCfgPath)) return;
-    // The mini map and the value table are not part of this program yet: each
-    // counts as closed, so its Show key goes to 0 as the original stored it.
+    // Each tool window that is up stores 1 and its place, a closed one 0.
     for (const ToolWindowKeys& keys : kToolWindows) {
         QWidget* form = nullptr;
         for (QWidget* top : QApplication::topLevelWidgets()) {
@@ -369,8 +382,8 @@ void MainForm::RestoreWindowState() {
 
 void MainForm::ShowToolWindowsAtStart() {
     if (!FileReadable(Paths().TracelabCfgPath)) return;
-    // Only the lap and sector times exist of the three; the mini map and the
-    // value table come with the views.
+    if (ToolWindowShownAtStart(kToolWindows[0])) ShowMiniMap();
+    if (ToolWindowShownAtStart(kToolWindows[1])) ShowValueTable();
     if (ToolWindowShownAtStart(kToolWindows[2])) ShowLapSectorTimes();
 }
 
@@ -402,6 +415,79 @@ views::GraphXYForm* MainForm::NewGraph() {
     graph->show();
     mdi_->setActiveSubWindow(sub);
     return graph;
+}
+
+views::TrackMapForm* MainForm::ShowTrackMap() {
+    if (trackMap_.isNull()) {
+        trackMap_ = new views::TrackMapForm;
+        QMdiSubWindow* sub = mdi_->addSubWindow(trackMap_);
+        sub->setAttribute(Qt::WA_DeleteOnClose);
+        sub->setWindowIcon(windowIcon());
+        const QSize room = mdi_->viewport()->size();
+        sub->resize(std::max(std::min(room.width() - 16, 900), 400),
+                    std::max(std::min(room.height() - 16, 680), 320));
+        trackMap_->show();
+    }
+    if (auto* sub = qobject_cast<QMdiSubWindow*>(trackMap_->parentWidget())) {
+        sub->showNormal();
+        mdi_->setActiveSubWindow(sub);
+    }
+    return trackMap_;
+}
+
+namespace {
+
+// A tool window in its stored place, or beside the frame's right edge.
+void PlaceToolWindow(QWidget* form, const ToolWindowKeys& keys, QWidget* frame) {
+    if (const std::optional<WindowBox> box = StoredToolWindowBox(keys)) {
+        qt::PlaceWindowAt(form, QRect(box->left, box->top, box->width, box->height));
+    } else {
+        qt::CentreWidgetOn(form, frame);
+    }
+}
+
+}  // namespace
+
+views::MiniMapForm* MainForm::ShowMiniMap() {
+    if (miniMap_.isNull()) {
+        miniMap_ = new views::MiniMapForm(this);
+        views::Hub().miniMap = miniMap_.data();
+        PlaceToolWindow(miniMap_, kToolWindows[0], this);
+    }
+    miniMap_->show();
+    miniMap_->raise();
+    Entry(QStringLiteral("mnuShowMiniMap"))->setChecked(true);
+    return miniMap_;
+}
+
+views::ValueTableForm* MainForm::ShowValueTable() {
+    if (valueTable_.isNull()) {
+        valueTable_ = new views::ValueTableForm(this);
+        views::Hub().valueTable = valueTable_.data();
+        PlaceToolWindow(valueTable_, kToolWindows[1], this);
+    }
+    valueTable_->show();
+    valueTable_->raise();
+    Entry(QStringLiteral("mnuShowValueTable"))->setChecked(true);
+    return valueTable_;
+}
+
+void MainForm::ToggleMiniMap() {
+    if (!miniMap_.isNull() && miniMap_->isVisible()) {
+        miniMap_->close();
+        Entry(QStringLiteral("mnuShowMiniMap"))->setChecked(false);
+        return;
+    }
+    ShowMiniMap();
+}
+
+void MainForm::ToggleValueTable() {
+    if (!valueTable_.isNull() && valueTable_->isVisible()) {
+        valueTable_->close();
+        Entry(QStringLiteral("mnuShowValueTable"))->setChecked(false);
+        return;
+    }
+    ShowValueTable();
 }
 
 void MainForm::ToggleLapSectorTimes() {

@@ -14,6 +14,8 @@
 
 #include "shell/lap_forms.h"
 #include "shell/run_manager.h"
+#include "views/qt/tool_forms.h"
+#include "views/qt/track_map_form.h"
 
 class QMdiArea;
 class QToolBar;
@@ -62,6 +64,17 @@ class MainForm : public QMainWindow {
     // number, a child of the frame sized to fit it, on its "Graph" tab.
     views::GraphXYForm* NewGraph();
 
+    // mnuTrackMap (toolbar "map"): the single track map window, opened or
+    // raised.
+    views::TrackMapForm* ShowTrackMap();
+    views::TrackMapForm* TrackMap() const { return trackMap_.data(); }
+    // mnuShowMiniMap and mnuShowValueTable: each tool window opened in its
+    // stored place, or closed when it is up.
+    void ToggleMiniMap();
+    void ToggleValueTable();
+    views::MiniMapForm* ShowMiniMap();
+    views::ValueTableForm* ShowValueTable();
+
     // The run manager (created on first use), shown.
     RunManagerForm* ShowRunManager();
     RunManagerForm* RunManager() const { return runManager_.data(); }
@@ -108,6 +121,9 @@ class MainForm : public QMainWindow {
     QList<QAction*> windowListActions_;
     QPointer<RunManagerForm> runManager_;
     QPointer<LapSectorTimesForm> lapTimes_;
+    QPointer<views::TrackMapForm> trackMap_;
+    QPointer<views::MiniMapForm> miniMap_;
+    QPointer<views::ValueTableForm> valueTable_;
     class QLabel* status_ = nullptr;
     bool storedPlace_ = false;  // RestoreWindowState found a place
     bool exiting_ = false;      // mnuFileExit asked already

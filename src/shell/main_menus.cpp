@@ -1,6 +1,6 @@
 // frmMain's menu tree, toolbar and command routing, and EnableBuildMenus.
-// Commands whose windows are not part of this program yet (graphs, bar
-// charts, track map, tables, the logger link, printing, sessions' views)
+// Commands whose windows are not part of this program yet (bar charts,
+// tables, the logger link, printing, sessions' views)
 // stand in the menus greyed, so the tree reads as the user knows it.
 #include <QAction>
 #include <QApplication>
@@ -197,6 +197,9 @@ void MainForm::RouteCommands() {
     on("mnuLoadOptions", [] { LoadCarFile(); });
     on("RunManager", [this] { ShowRunManager(); });
     on("mnuGraphXYplot", [this] { NewGraph(); });
+    on("mnuTrackMap", [this] { ShowTrackMap(); });
+    on("mnuShowMiniMap", [this] { ToggleMiniMap(); });
+    on("mnuShowValueTable", [this] { ToggleValueTable(); });
     on("mnuVariables", [this] {
         ActiveVariablesForm form(this);
         form.exec();
@@ -264,9 +267,8 @@ void MainForm::RouteCommands() {
     // Not in this program yet: the windows of later parts.
     for (const char* later :
          {"MnuExportRaw", "PrintSetup", "PrintGraph", "PrintAll", "mnuConnectLogger",
-          "mnuLoggerDownload", "mnuLoggerEraseData", "mnuLoggerSetupLogger", "mnuSv63Runs",
-          "mnuTrackMap", "Table", "mnuGraphHistogram", "mnuPerfTable", "mnuAddUserGraph",
-          "mnuRemoveUserGraph", "mnuShowMiniMap", "mnuShowValueTable"}) {
+          "mnuLoggerDownload", "mnuLoggerEraseData", "mnuLoggerSetupLogger", "mnuSv63Runs", "Table",
+          "mnuGraphHistogram", "mnuPerfTable", "mnuAddUserGraph", "mnuRemoveUserGraph"}) {
         Entry(QString::fromUtf8(later))->setEnabled(false);
     }
     // The meter's own options form (frmLocalSV63CarOptions) is not built yet.

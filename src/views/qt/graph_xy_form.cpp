@@ -23,6 +23,7 @@
 #include "core/support.h"
 #include "store/catalogue.h"
 #include "store/run_store.h"
+#include "views/qt/view_links.h"
 #include "views/view_forms.h"
 
 namespace tl::views {
@@ -140,25 +141,6 @@ class ClickFilter : public QObject {
   private:
     std::function<void()> clicked_;
 };
-
-// What a click on one graph moves elsewhere: the other open graphs. The
-// track map, the value table and the mini map are not in the program yet.
-class GraphFormLinks : public GraphLinks {
-  public:
-    void MoveOtherGraphs(const GraphCursors* from, int32_t row, int32_t run, int colourIndex,
-                         int mode) override {
-        for (GraphXYForm* form : OpenGraphForms()) {
-            if (&form->Cursors() == from) continue;
-            form->Cursors().UpDateGraphAni(row, run, colourIndex, mode);
-            form->Box()->update();
-        }
-    }
-};
-
-GraphFormLinks& Links() {
-    static GraphFormLinks links;
-    return links;
-}
 
 }  // namespace
 
@@ -281,7 +263,7 @@ GraphXYForm::GraphXYForm(QWidget* parent) : QWidget(parent) {
     setObjectName(QStringLiteral("frmGraphXY"));
     model_.Load(XYGraphForms().Open(this));
     box_ = new GraphBox;
-    cursors_ = std::make_unique<GraphCursors>(model_, box_->Surface(), &Links());
+    cursors_ = std::make_unique<GraphCursors>(model_, box_->Surface(), &Hub());
     box_->SetCursors(cursors_.get());
     box_->resized = [this] {
         model_.SetTickCounts(box_->Surface().ScaleWidth(), box_->Surface().ScaleHeight());
