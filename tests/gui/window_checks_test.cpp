@@ -29,6 +29,8 @@
 #include "shell/variables_form.h"
 #include "shell_fixture.h"
 #include "views/qt/graph_xy_form.h"
+#include "views/qt/tool_forms.h"
+#include "views/qt/track_map_form.h"
 
 namespace tl::test {
 namespace {
@@ -136,6 +138,25 @@ TEST_F(WindowChecks, EveryFormFitsTheScreenWithItsTextsWhole) {
             form.GraphTab_Click(tab);
             ExpectFits(&form, tabs[tab]);
         }
+    }
+    {
+        // The track map with its most panels (ten runs and the common row),
+        // on both tabs; each closes itself away.
+        for (int tab = 0; tab < 2; ++tab) {
+            auto* form = new views::TrackMapForm;
+            form->Player().RunsDisplayed = "10";
+            form->Player().RunsDisplayed_Change();
+            EXPECT_EQ(form->Player().RunsInUse(), 10);
+            form->TrackTab_Click(tab);
+            ExpectFits(form, tab == 0 ? "Track Map" : "Track Map Options");
+        }
+    }
+    ExpectFits(new views::DashboardForm(0), "Virtual Dashboard");
+    ExpectFits(new views::MiniMapForm(main), "Mini Track Map");
+    ExpectFits(new views::ValueTableForm(main), "Variable Values Table");
+    {
+        views::AddTrackMarkerForm form(main);
+        ExpectFits(&form, "New Marker");
     }
 }
 
