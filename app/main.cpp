@@ -243,7 +243,8 @@ void OpenMap(const ProgramOptions& program, tl::shell::MainForm* main) {
     QApplication::processEvents();
     form->PanelsToMap();
     map.ShowWholeTrack_Click();
-    form->AfterMapCall();
+    form->PanelsFromMap();
+    form->RedrawMap();
     if (!program.dashVars.isEmpty()) {
         for (int k = 0; k < program.dashVars.size() && k < 4; ++k)
             playback.DashVar[size_t(k)] = program.dashVars[k].trimmed().toStdString();
