@@ -7,7 +7,7 @@ packages=(
   qt6-base-dev qt6-serialport-dev qt6-svg-dev libgl-dev
   libmuparser-dev libgtest-dev libgmock-dev libbenchmark-dev
   clang-14 libclang-rt-14-dev
-  xvfb xauth socat fonts-dseg
+  xvfb xauth socat fonts-dseg fonts-liberation2
 )
 missing=()
 for p in "${packages[@]}"; do

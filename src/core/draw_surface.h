@@ -21,7 +21,10 @@
 //   (files, the printer) do not draw XOR and invert marks at all: printing
 //   draws no cursors.
 // - Font name, size in points and bold. "Microsoft Sans Serif", the views'
-//   face, is mapped to the desktop's sans-serif face.
+//   face, is mapped to the desktop's sans-serif face. FontSmoothing: text is
+//   drawn antialiased; a read-out that is taken away by printing it again in
+//   white is printed with it off, so that the second print covers exactly
+//   the pixels of the first.
 // - CurrentX, CurrentY: where Print writes and where a Line without a start
 //   begins. Line leaves them at its end point, Circle at its centre, Print
 //   after its text (see Print).
@@ -56,6 +59,7 @@ class DrawSurface {
     std::string FontName = "Microsoft Sans Serif";
     double FontSize = 8.25;
     bool FontBold = false;
+    bool FontSmoothing = true;
     double CurrentX = 0;
     double CurrentY = 0;
 

@@ -73,6 +73,9 @@ void GraphCursors::PrintReadOuts(int k, double wx, double wy, int colourIndex, i
     s_.FontName = kGraphFont;
     s_.FontSize = 7;
     s_.FontBold = false;
+    // Taken away by printing again in white: no smoothing, so that the white
+    // covers every pixel the colour did.
+    s_.FontSmoothing = false;
     const std::string xt = "<" + FormToSD(wx, 4) + ">";
     s_.CurrentX = 0.95 * W - s_.TextWidth(xt);
     s_.CurrentY = H - bottom + 220;
@@ -81,6 +84,7 @@ void GraphCursors::PrintReadOuts(int k, double wx, double wy, int colourIndex, i
     s_.CurrentX = 650.0 * k - s_.TextWidth(yt);
     s_.CurrentY = 0.05 * H - 1.4 * s_.TextHeight(yt);
     s_.Print(yt);
+    s_.FontSmoothing = true;
 }
 
 void GraphCursors::DrawBox() {

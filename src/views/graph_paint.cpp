@@ -129,12 +129,14 @@ void DrawYAxis(double x, double bottom, double min, double max, int32_t ticks,
         s.CurrentY = y - s.TextHeight(label) / 2;
         s.Print(label);
     }
-    // The title runs downwards, a letter under the other.
+    // The title runs downwards, a letter under the other, each letter printed
+    // from x - 600 as Print places text: its cell's left edge there. So the
+    // title stands clear of the axis line of the strip to its left.
     const double centre = 0.05 * H + (H - bottom - 0.05 * H) / 2;
     const double L = static_cast<double>(title.size());
     for (size_t j = 0; j < title.size(); ++j) {
         const std::string letter(1, title[j]);
-        s.CurrentX = x - 600 - s.TextWidth(letter) / 2;
+        s.CurrentX = x - 600;
         s.CurrentY = centre + (static_cast<double>(j) - L / 2) * s.TextHeight(letter) * 0.7;
         s.Print(letter);
     }

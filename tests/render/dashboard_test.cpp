@@ -151,8 +151,9 @@ TEST_F(DashboardTest, RedRimAtTheHighEndGreenAtTheLowEnd) {
         // Past the zones, at the left: the black face.
         OnDial(d, rim, 180 + A / 2, x, y);
         EXPECT_EQ(At(face, x, y), QColor(0, 0, 0)) << d;
-        // Inside the rim at the high end: black.
-        OnDial(d, 0.8, 45 + k / 2, x, y);
+        // Inside the rim at the high end, within the ring of scale numbers
+        // (at R - 2 t): black.
+        OnDial(d, 0.6, 45 + k / 2, x, y);
         EXPECT_EQ(At(face, x, y), QColor(0, 0, 0)) << d;
     }
 }

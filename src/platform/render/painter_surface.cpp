@@ -39,7 +39,7 @@ void PainterSurface::Begin(QPaintDevice* device, double width, double height, do
     metrics_.reset();
     painter_ = std::make_unique<QPainter>(device);
     painter_->setRenderHint(QPainter::Antialiasing, false);
-    painter_->setRenderHint(QPainter::TextAntialiasing, false);
+    painter_->setRenderHint(QPainter::TextAntialiasing, true);
 }
 
 void PainterSurface::End() {
@@ -253,23 +253,30 @@ void PainterSurface::Arc(double cx, double cy, double radius, uint32_t colour, d
 }
 
 const QFont& PainterSurface::Font() {
-    if (metrics_ && fontName_ == FontName && fontSize_ == FontSize && fontBold_ == FontBold)
+    if (metrics_ && fontName_ == FontName && fontSize_ == FontSize && fontBold_ == FontBold &&
+        fontSmoothing_ == FontSmoothing)
         return font_;
     fontName_ = FontName;
     fontSize_ = FontSize;
     fontBold_ = FontBold;
+    fontSmoothing_ = FontSmoothing;
     QFont f;
     QStringList families;
-    families << QString::fromStdString(FontName) << QStringLiteral("DejaVu Sans")
-             << QStringLiteral("Liberation Sans");
+    // The views were laid out for "Microsoft Sans Serif" and "Arial": their
+    // strips of 650 twips per Y axis hold labels and titles of those widths.
+    // Liberation Sans has Arial's metrics; DejaVu Sans, a fifth wider, is
+    // the fallback where it is missing.
+    families << QString::fromStdString(FontName) << QStringLiteral("Liberation Sans")
+             << QStringLiteral("Arimo") << QStringLiteral("DejaVu Sans");
     f.setFamilies(families);
     f.setStyleHint(QFont::SansSerif);
     // Sizes in points at the device's resolution.
     f.setPixelSize(std::max(1, static_cast<int>(std::lround(FontSize * dpi_ / 72.0))));
     f.setBold(FontBold);
     // Read-outs are erased by printing them again in white, which only
-    // works for text without antialiasing on the raster surfaces.
-    if (CanUndoMarks()) f.setStyleStrategy(QFont::NoAntialias);
+    // works for text without antialiasing on the raster surfaces: they turn
+    // FontSmoothing off. Everything else is smoothed.
+    if (CanUndoMarks() && !FontSmoothing) f.setStyleStrategy(QFont::NoAntialias);
     font_ = f;
     metrics_ = std::make_unique<QFontMetricsF>(font_);
     widths_.clear();
@@ -304,6 +311,7 @@ void PainterSurface::Print(const std::string& text) {
         QPainter& p = *painter_;
         p.setCompositionMode(QPainter::CompositionMode_SourceOver);
         if (p.font() != Font()) p.setFont(Font());
+        p.setRenderHint(QPainter::TextAntialiasing, FontSmoothing || !CanUndoMarks());
         p.setPen(ToQColor(ForeColor));
         // Laid out once while the font lasts: the axes print the same labels
         // at every paint.

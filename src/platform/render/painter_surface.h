@@ -89,6 +89,7 @@ class PainterSurface : public DrawSurface {
     std::string fontName_;
     double fontSize_ = -1;
     bool fontBold_ = false;
+    bool fontSmoothing_ = true;
     QFont font_;
     std::unique_ptr<QFontMetricsF> metrics_;
     // Text widths in twips in the current font.
