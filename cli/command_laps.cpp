@@ -8,6 +8,9 @@
 //   run <n> lap <k> time=<s> s1=<s> s2=<s> ...
 // with a sector's time only where the lap holds it, and per run
 //   run <n> fastest lap <k> time=<s>
+//   run <n> ideal lap time=<s>
+// the ideal lap (the best time of each sector added up) only where the
+// sectors tile the lap and each has a time in some lap.
 // Times are in seconds with two decimals, as the rows are 0.01 s apart.
 #include <cstdio>
 #include <iostream>
@@ -15,6 +18,7 @@
 
 #include "cli/cli_common.h"
 #include "cli/commands.h"
+#include "results/ideal_lap.h"
 #include "results/laps.h"
 #include "results/measurement_table.h"
 #include "results/track_markers.h"
@@ -69,6 +73,9 @@ int RunLapTable(const std::vector<std::string>& args) {
                       << " time=" << Seconds(laps.laps[laps.fastest - 1].time) << '\n';
         else
             std::cerr << "tracelab-cli laps: run " << run << " has no complete lap\n";
+        const IdealLap ideal = IdealLapOfRun(run);
+        if (ideal.valid)
+            std::cout << "run " << run << " ideal lap time=" << Seconds(ideal.time) << '\n';
     }
     return allLoaded ? kExitOk : kExitFailed;
 }

@@ -44,7 +44,8 @@ inline const Command kCommands[] = {
      "Load and process the runs, place the lap marker on run 1 if none exists (and with "
      "--auto-sectors N, N sectors, 2 to 10), and print one line per lap, \"run <n> lap <k> "
      "time=<s>\" with \" s<j>=<s>\" for each sector the lap holds, and per run \"run <n> "
-     "fastest lap <k> time=<s>\".",
+     "fastest lap <k> time=<s>\" and, where the sectors tile the lap, \"run <n> ideal lap "
+     "time=<s>\" (the best time of each sector added up).",
      RunLapTable},
     {"graph",
      "graph [--config-dir DIR] [--family F] [--vehicle V] FILE.run... --y NAME [--y NAME ...] "

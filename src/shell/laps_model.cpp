@@ -1,12 +1,16 @@
 #include "shell/laps_model.h"
 
 #include <algorithm>
+#include <cstdio>
 
 #include "core/build_profile.h"
 #include "core/config_store.h"
+#include "core/support.h"
+#include "results/ideal_lap.h"
 #include "results/laps.h"
 #include "results/track_markers.h"
 #include "store/catalogue.h"
+#include "store/run_store.h"
 
 namespace tl {
 
@@ -73,12 +77,50 @@ void SaveLapSectorOptions(const LapSectorOptions& o) {
 
 void LapSectorTimesTable::Update() {
     RegenerateTable(false, false, grid_, kFirstSectorRow, kLastSectorRow, true);
+    AddIdealLaps();
     std::erase_if(selected_, [this](const Cell& c) { return !Selectable(c.row, c.col); });
     Paint();
 }
 
+void LapSectorTimesTable::AddIdealLaps() {
+    idealRows_.assign(1, -1);
+    auto seconds = [](double value) {
+        char buf[64];
+        std::snprintf(buf, sizeof buf, "%.2f", value);
+        return std::string(buf);
+    };
+    // Each run's block starts under its heading; its laps take one row each,
+    // and the block has a row for every crossing of its busiest marker, so
+    // the row after the last lap is free.
+    int base = 1;
+    for (int32_t run = 1; run <= Store().RunCount && run <= 11; ++run) {
+        while (base < grid_.rows && grid_.Text(base - 1, 0) != RunHeading(run)) ++base;
+        const IdealLap ideal = IdealLapOfRun(run);
+        const int row = base + static_cast<int>(LapsOfRun(run).laps.size());
+        const bool free = base < grid_.rows && row < grid_.rows && grid_.Text(row, 0).empty();
+        ++base;  // two runs may have the same name: the next heading is further down
+        if (!ideal.valid || !free) {
+            idealRows_.push_back(-1);
+            continue;
+        }
+        idealRows_.push_back(row);
+        grid_.Text(row, 0) = "Ideal lap, " + seconds(ideal.time) + "s (" +
+                             seconds(ideal.gapToFastest) + "s under the fastest)";
+        for (size_t j = 0; j < ideal.rows.size(); ++j) {
+            const int col = ideal.rows[j] - kFirstSectorRow + 1;
+            if (col < grid_.cols) grid_.Text(row, col) = FormToSD(ideal.best[j], 4);
+        }
+    }
+}
+
+int LapSectorTimesTable::IdealLapRow(int32_t run) const {
+    if (run < 1 || run >= static_cast<int32_t>(idealRows_.size())) return -1;
+    return idealRows_[static_cast<size_t>(run)];
+}
+
 bool LapSectorTimesTable::Selectable(int row, int col) const {
     if (row < 1 || col < 0 || row >= grid_.rows || col >= grid_.cols) return false;
+    if (std::find(idealRows_.begin(), idealRows_.end(), row) != idealRows_.end()) return false;
     const std::string& text = grid_.Text(row, col);
     if (text.empty()) return false;
     // Column 0 holds the runs' headings and the laps: a lap may be taken, a

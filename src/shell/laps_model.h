@@ -62,8 +62,13 @@ class LapSectorTimesTable {
     };
 
     // Update_Table: the cells again; a selected cell that is gone or empty
-    // is released.
+    // is released. Under each run's laps, in the row its block keeps free
+    // after the last lap, the run's ideal lap (IdealLapOfRun): "Ideal lap,
+    // <time>s (<gap>s under the fastest)" in column 0 and the best time of
+    // each sector in its column. That row can't be selected.
     void Update();
+    // The grid row of a run's ideal lap, or -1 when the run has none.
+    int IdealLapRow(int32_t run) const;
     // A click on a cell: an unselected cell with a value (or a lap's heading)
     // is taken while fewer than five are; a selected one is released, and the
     // later selections move up by one. Returns whether anything changed.
@@ -81,7 +86,9 @@ class LapSectorTimesTable {
 
   private:
     void Paint();
+    void AddIdealLaps();
     TableGrid grid_;
+    std::vector<int> idealRows_;  // by run, from 1; -1 for none
     std::vector<Cell> selected_;
 };
 

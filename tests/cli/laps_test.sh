@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # End-to-end checks of "tracelab-cli laps" on the bundled demo runs: the line
-# format, laps whose sectors add up to them, lap times close to the
+# format, laps whose sectors add up to them, the ideal lap as the best
+# sectors added up, lap times close to the
 # simulation's, the usage errors, and "export --auto-sectors" carrying time
 # slip.
 # Usage: laps_test.sh PATH/TO/tracelab-cli SAMPLES_DIR
@@ -22,7 +23,8 @@ for entry in "sv63 demo_sv63_kart" "sw63 demo_sw63_oval" "mq7 demo_mq7_kart"; do
     echo "$out"
     # Every line is a lap with three sectors, or the run's fastest lap.
     bad=$(echo "$out" | grep -v -E '^run 1 lap [0-9]+ time=[0-9]+\.[0-9]{2}( s[1-3]=[0-9]+\.[0-9]{2})*$' |
-        grep -v -E '^run 1 fastest lap [0-9]+ time=[0-9]+\.[0-9]{2}$')
+        grep -v -E '^run 1 fastest lap [0-9]+ time=[0-9]+\.[0-9]{2}$' |
+        grep -v -E '^run 1 ideal lap time=[0-9]+\.[0-9]{2}$')
     [ -z "$bad" ] || fail "$family: unexpected lines: $bad"
     laps=$(echo "$out" | grep -c ' lap [0-9]* time=')
     [ "$laps" -ge 2 ] || fail "$family: $laps complete laps"
@@ -34,8 +36,23 @@ for entry in "sv63 demo_sv63_kart" "sw63 demo_sw63_oval" "mq7 demo_mq7_kart"; do
             if (n == 3 && (sum - t > 0.015 || t - sum > 0.015)) { print fam ": sectors " sum " lap " t; bad = 1 }
             if (best == "" || t < best) { best = t; lap = f[4] }
         }
+        / lap [0-9]+ time=/ && !/fastest/ {
+            for (i = 6; i <= length(f); i++) {
+                split(f[i], kv, "="); if (!(kv[1] in low) || kv[2] < low[kv[1]]) low[kv[1]] = kv[2]
+            }
+        }
         /fastest/ { split($0, f, " "); if (f[5] != lap) { print fam ": fastest " f[5] " not " lap; bad = 1 } }
-        END { exit bad }' || fail "$family: sector sums or fastest lap"
+        /ideal lap/ { ideal = substr($5, 6) }
+        END {
+            # The ideal lap: the least time of each sector over the laps,
+            # added up (each rounded to 0.01 s here), no slower than the
+            # fastest lap.
+            sum = 0; for (k in low) sum += low[k]
+            if (ideal == "") { print fam ": no ideal lap"; bad = 1 }
+            else if (ideal - sum > 0.025 || sum - ideal > 0.025) { print fam ": ideal " ideal " sectors " sum; bad = 1 }
+            else if (ideal > best + 0.005) { print fam ": ideal " ideal " slower than " best; bad = 1 }
+            exit bad
+        }' || fail "$family: sector sums, fastest or ideal lap"
     # The simulation's laps, line to line, against ours, marker to marker:
     # the same laps within the change of pace between two places on the lap.
     truth=$(grep '^line' "$stem.laps.csv" | cut -d, -f7 | tail -n +2 | sort -n | head -1)
