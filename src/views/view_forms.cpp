@@ -51,4 +51,9 @@ ViewForms& XYGraphForms() {
     return forms;
 }
 
+ViewForms& BarChartForms() {
+    static ViewForms forms;
+    return forms;
+}
+
 }  // namespace tl

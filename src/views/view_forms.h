@@ -46,5 +46,7 @@ class ViewForms {
 
 // The graph windows.
 ViewForms& XYGraphForms();
+// The bar chart windows.
+ViewForms& BarChartForms();
 
 }  // namespace tl
