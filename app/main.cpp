@@ -236,8 +236,10 @@ void OpenMap(const ProgramOptions& program, tl::shell::MainForm* main) {
     const bool beside = !before.isEmpty();
     mapWindow->setGeometry(0, 0, beside ? room.width() * 11 / 20 : std::min(room.width(), 1000),
                            room.height());
+    // With the value table, the graph leaves it the right-hand edge.
+    const int tableWidth = program.valueTable ? 290 : 0;
     for (QMdiSubWindow* sub : before) {
-        sub->setGeometry(mapWindow->width(), 0, room.width() - mapWindow->width(),
+        sub->setGeometry(mapWindow->width(), 0, room.width() - mapWindow->width() - tableWidth,
                          program.dashVars.isEmpty() ? room.height() : room.height() * 11 / 20);
     }
     QApplication::processEvents();
@@ -271,9 +273,12 @@ void OpenMap(const ProgramOptions& program, tl::shell::MainForm* main) {
     form->RefreshControls();
     if (program.valueTable) {
         tl::views::ValueTableForm* table = main->ShowValueTable();
-        // The table over the map's right-hand corner, with each panel's row.
-        table->resize(250, std::min(420, room.height() - 40));
-        table->move(main->mapToGlobal(QPoint(mapWindow->width() - 262, 110)));
+        // The table at the frame's right-hand edge beside the graph, with
+        // each panel's row.
+        const QPoint corner = main->MdiArea()->viewport()->mapToGlobal(QPoint(0, 0));
+        const int height = program.dashVars.isEmpty() ? room.height() : room.height() * 11 / 20;
+        table->resize(tableWidth, height);
+        table->move(corner + QPoint(room.width() - tableWidth, 0));
         table->raise();
         for (int i = 0; i < playback.RunsInUse(); ++i)
             tl::views::Hub().MoveValueTable(playback.PanelRow(i), i, playback.RunsInUse());
@@ -317,12 +322,19 @@ int main(int argc, char** argv) {
     if (program.runManager) ui.MainWindow()->ShowRunManager();
     tl::RunStore& store = tl::Store();
     if (!program.loads.isEmpty()) ui.MainWindow()->LoadRunFiles(program.loads);
-    if ((program.lapTimes || !program.graphVars.isEmpty() || program.map) && store.RunCount > 0 &&
-        tl::RunData(store.RunInfo[1].RunEnd, tl::ColumnOf(tl::slot::Time)) == 0.0f) {
-        // A run loaded but not processed (the start's question answered No)
-        // has no times yet: it is processed first.
-        tl::ConvertRawToRunData(1);
-        tl::CheckInternalDataStillValid();
+    if (program.lapTimes || !program.graphVars.isEmpty() || program.map) {
+        // A run loaded but not processed (the question answered No) has no
+        // times yet: each such run is processed first.
+        bool processed = false;
+        for (int32_t run = 1; run <= store.RunCount; ++run) {
+            const tl::RunRecord& r = store.RunInfo[run];
+            if (r.RunEnd > r.RunStart &&
+                tl::RunData(r.RunEnd, tl::ColumnOf(tl::slot::Time)) == 0.0f) {
+                tl::ConvertRawToRunData(run);
+                processed = true;
+            }
+        }
+        if (processed) tl::CheckInternalDataStillValid();
     }
     if (program.lapTimes) {
         if (store.RunCount > 0 && tl::CheckForLapMarker() == -1) {

@@ -7,6 +7,7 @@
 #include <QDragEnterEvent>
 #include <QDropEvent>
 #include <QFileInfo>
+#include <QGuiApplication>
 #include <QLabel>
 #include <QMdiArea>
 #include <QMdiSubWindow>
@@ -14,6 +15,7 @@
 #include <QMessageBox>
 #include <QMimeData>
 #include <QPushButton>
+#include <QScreen>
 #include <QStatusBar>
 #include <QToolBar>
 #include <QUrl>
@@ -164,10 +166,15 @@ MainForm::MainForm(QWidget* parent) : QMainWindow(parent) {
 }
 
 void MainForm::ShowAtStart() {
-    if (storedPlace_)
+    if (storedPlace_) {
         show();
-    else
-        showMaximized();
+        return;
+    }
+    // Maximised; the normal place under it is the screen's free area, so that
+    // the frame fills the screen also where no window manager maximises.
+    if (const QScreen* screen = QGuiApplication::primaryScreen())
+        setGeometry(screen->availableGeometry());
+    showMaximized();
 }
 
 QString MainForm::StatusText() const {
