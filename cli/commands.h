@@ -21,6 +21,7 @@ int RunExportRaw(const std::vector<std::string>& args);
 int RunLapTable(const std::vector<std::string>& args);
 int RunGraph(const std::vector<std::string>& args);
 int RunMap(const std::vector<std::string>& args);
+int RunChart(const std::vector<std::string>& args);
 
 // The table main dispatches on; a new subcommand adds one line here.
 inline const Command kCommands[] = {
@@ -65,6 +66,17 @@ inline const Command kCommands[] = {
      "--var (default \"No Color Coding\"), with the track markers (--laps places the lap "
      "marker first, --auto-sectors N also the sectors, whose names stand on the map), the colour strip and the scale bar.",
      RunMap},
+    {"chart",
+     "chart [--config-dir DIR] [--family F] [--vehicle V] FILE.run... --var NAME [--run N ...] "
+     "[--if NAME:LO:HI ...] [--bins N] [--min V] [--max V] [--count] [--lines] [--no-bars] "
+     "[--title T] [--size WxH] [-o OUT.png|OUT.svg|OUT.pdf] [--copy OUT.txt]",
+     "Load and process the runs and draw the bar chart of a variable as its window draws it: "
+     "how its samples spread over --bins equal bins (default 10) between --min and --max "
+     "(default the lowest and highest value of all runs), in percent (--count: samples), one "
+     "chart per --run and per --if condition (up to five at once, sharing the condition's "
+     "variable); into a PNG, SVG or PDF file (-o) and its bins as the copy puts them on the "
+     "clipboard (--copy).",
+     RunChart},
 };
 
 // Writes the usage of one command, or of all when name is empty.
