@@ -22,6 +22,7 @@ int RunLapTable(const std::vector<std::string>& args);
 int RunGraph(const std::vector<std::string>& args);
 int RunMap(const std::vector<std::string>& args);
 int RunChart(const std::vector<std::string>& args);
+int RunPerformance(const std::vector<std::string>& args);
 
 // The table main dispatches on; a new subcommand adds one line here.
 inline const Command kCommands[] = {
@@ -77,6 +78,16 @@ inline const Command kCommands[] = {
      "variable); into a PNG, SVG or PDF file (-o) and its bins as the copy puts them on the "
      "clipboard (--copy).",
      RunChart},
+    {"performance",
+     "performance [--config-dir DIR] [--family F] [--vehicle V] FILE.run... [--run N] "
+     "[--start S] [--end S] [--trigger G] [--mph] [--feet] [--assembled]",
+     "Load and process the runs and print the calculated performance table of run N (default "
+     "1) between --start and --end seconds (default the whole run): the best times and the best "
+     "distances between every two speeds 10 apart, each grid as its copy puts it on the "
+     "clipboard (tab between cells, CR LF after each row), then the summary of the "
+     "SummaryPerformance.cfg template; --trigger is the launch acceleration in g (default 0.2), "
+     "--mph, --feet and --assembled choose the other unit or the assembled timings.",
+     RunPerformance},
 };
 
 // Writes the usage of one command, or of all when name is empty.
