@@ -14,6 +14,7 @@
 #include "core/scripted_platform.h"
 #include "derived/time_slip.h"
 #include "results/laps.h"
+#include "results/measurement_table.h"
 #include "results/track_markers.h"
 #include "store/catalogue.h"
 #include "store/run_procedures.h"
@@ -105,6 +106,29 @@ void BM_CrossingsOnly(benchmark::State& state) {
     for (auto _ : state) CheckAllTrackMarkers();
 }
 BENCHMARK(BM_CrossingsOnly)->Unit(benchmark::kMillisecond)->MinTime(2.0);
+
+// The measurements table full: 89 rows over the same ten runs and all their
+// laps, every mode in turn on speed between neighbouring markers (the
+// "Value of" rows at one marker), the crossings already found.
+void BM_RegenerateMeasurementsTable(benchmark::State& state) {
+    Environment env;
+    CheckAllTrackMarkers();
+    const char* modes[] = {"Change in",  "Average of", "Maximum of",      "Minimum of",
+                           "Std Dev of", "COV of",     "95th percentile", "Value of"};
+    for (int m = 1; m <= 89; ++m) {
+        MeasurementRow& row = Measurements().Rows[m];
+        row.Mode = modes[(m - 1) % 8];
+        row.VarName = Catalogue().RunVars[slot::SpeedKph].Name;
+        row.StartMarker = Markers().Entries[(m - 1) % kMarkers + 1].Name;
+        row.EndMarker = row.Mode == "Value of" ? "" : Markers().Entries[m % kMarkers + 1].Name;
+    }
+    TableGrid grid;
+    for (auto _ : state) RegenerateTable(false, false, grid, 1, 89, false);
+    size_t filled = 0;
+    for (const std::string& t : grid.text) filled += !t.empty();
+    state.counters["cells"] = static_cast<double>(filled);
+}
+BENCHMARK(BM_RegenerateMeasurementsTable)->Unit(benchmark::kMillisecond)->MinTime(2.0);
 
 }  // namespace
 
