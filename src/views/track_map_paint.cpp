@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
+#include <utility>
+#include <vector>
 
 #include "core/log.h"
 #include "core/support.h"
@@ -48,6 +50,142 @@ class ColouredLine {
     uint32_t colour_ = 0;
     std::vector<double> xs_, ys_;
 };
+
+// The panels' paths as the surface is given them: polylines in twips, one
+// per stretch of joined segments of one colour. They are kept while the
+// view (size, scale, rotation, centre), the compressed index, the panels'
+// runs and the data they are read from stay as they were, so a repaint of an
+// unchanged view costs only the drawing.
+struct PathPiece {
+    uint32_t colour = 0;
+    int32_t first = 0, count = 0;  // points of xs, ys
+};
+
+struct PathKey {
+    double W = 0, H = 0;
+    float scale = 0, rotation = 0, centreX = 0, centreY = 0;
+    const float *x = nullptr, *y = nullptr, *v = nullptr;
+    int32_t rows = -1;
+    PositionCheck positions;
+    float low = 0, high = 0;
+    double valueSample = 0;
+    std::vector<int32_t> panels;  // per panel: run, RunStart, RunEnd, RunLength
+    std::vector<int32_t> index;
+    bool operator==(const PathKey&) const = default;
+};
+
+struct PathLines {
+    PathKey key;
+    bool valid = false;
+    std::vector<double> xs, ys;
+    std::vector<PathPiece> pieces;
+    // Pieces of panel p: panelFirst[p] up to panelFirst[p + 1].
+    std::vector<size_t> panelFirst;
+};
+
+// Gathers the pieces the way ColouredLine joins segments.
+class PieceRecorder {
+  public:
+    explicit PieceRecorder(PathLines& l) : l_(l) {}
+    void Segment(double x1, double y1, double x2, double y2, uint32_t c) {
+        if (open_ < 0 || c != l_.pieces.back().colour || l_.xs.back() != x1 || l_.ys.back() != y1) {
+            Close();
+            PathPiece p;
+            p.colour = c;
+            p.first = static_cast<int32_t>(l_.xs.size());
+            l_.pieces.push_back(p);
+            open_ = static_cast<int32_t>(l_.pieces.size()) - 1;
+            l_.xs.push_back(x1);
+            l_.ys.push_back(y1);
+        }
+        l_.xs.push_back(x2);
+        l_.ys.push_back(y2);
+    }
+    void Close() {
+        if (open_ < 0) return;
+        PathPiece& p = l_.pieces[size_t(open_)];
+        p.count = static_cast<int32_t>(l_.xs.size()) - p.first;
+        open_ = -1;
+    }
+
+  private:
+    PathLines& l_;
+    int32_t open_ = -1;
+};
+
+PathKey KeyOf(const TrackMap& map, const MapTransform& t, const ColourRange& range, const float* x,
+              const float* y, const float* v) {
+    PathKey k;
+    k.W = t.W;
+    k.H = t.H;
+    k.scale = t.scale;
+    k.rotation = t.rotation;
+    k.centreX = t.centreX;
+    k.centreY = t.centreY;
+    k.x = x;
+    k.y = y;
+    k.v = v;
+    const RunArray& d = Store().RunData;
+    k.rows = d.UpperRow();
+    k.positions = map.view.change;
+    if (v != nullptr) {
+        k.low = range.low;
+        k.high = range.high;
+        for (int32_t i = 0; i <= k.rows; i += 50) k.valueSample += v[i];
+    }
+    for (int panel = 0; panel < map.Panels(); ++panel) {
+        const int32_t run = map.PanelRun(panel);
+        k.panels.push_back(run);
+        if (run < 1) continue;
+        const RunRecord& r = Store().RunInfo[run];
+        k.panels.insert(k.panels.end(), {r.RunStart, r.RunEnd, r.RunLength});
+    }
+    k.index = map.view.CompressedIndex;
+    return k;
+}
+
+const PathLines& PathLinesOf(const TrackMap& map, const MapTransform& t, const ColourRange& range,
+                             const float* x, const float* y, const float* v) {
+    static PathLines lines;
+    PathKey key = KeyOf(map, t, range, x, y, v);
+    if (lines.valid && lines.key == key) return lines;
+    lines.key = std::move(key);
+    lines.valid = true;
+    lines.xs.clear();
+    lines.ys.clear();
+    lines.pieces.clear();
+    lines.panelFirst.assign(1, 0);
+    const RunArray& d = Store().RunData;
+    const std::vector<int32_t>& index = map.view.CompressedIndex;
+    for (int panel = 0; panel < map.Panels(); ++panel) {
+        const int32_t run = map.PanelRun(panel);
+        if (run >= 1 && Store().RunInfo[run].RunLength > 10) {
+            const RunRecord& r = Store().RunInfo[run];
+            const int32_t end = std::min(r.RunEnd, d.UpperRow());
+            PieceRecorder line(lines);
+            size_t k = FirstCompressedEntry(index, r.RunStart);
+            if (k < index.size() && index[k] <= end) {
+                int32_t a = index[k];
+                double ax = t.XPos2Screen(x[a], y[a]), ay = t.YPos2Screen(x[a], y[a]);
+                for (++k; k < index.size() && index[k] <= end; ++k) {
+                    const int32_t b = index[k];
+                    const double bx = t.XPos2Screen(x[b], y[b]), by = t.YPos2Screen(x[b], y[b]);
+                    // A segment wholly beyond one edge draws nothing.
+                    const bool outside = (ax < 0 && bx < 0) || (ay < 0 && by < 0) ||
+                                         (ax > t.W && bx > t.W) || (ay > t.H && by > t.H);
+                    if (!outside)
+                        line.Segment(ax, ay, bx, by, PathColour(range, v ? v[a] : 0, panel));
+                    a = b;
+                    ax = bx;
+                    ay = by;
+                }
+            }
+            line.Close();
+        }
+        lines.panelFirst.push_back(lines.pieces.size());
+    }
+    return lines;
+}
 
 std::string Metres(double unit) {
     char buf[32];
@@ -196,32 +334,19 @@ void TrackMap::DrawPaths(DrawSurface& s, const MapTransform& t, const ColourRang
     const float* x = d.Column(cx).data();
     const float* y = d.Column(cy).data();
     const float* v = range.coded ? d.Column(range.column).data() : nullptr;
-    const std::vector<int32_t>& index = view.CompressedIndex;
+    const PathLines& lines = PathLinesOf(*this, t, range, x, y, v);
     for (int panel = 0; panel < Panels(); ++panel) {
         const int32_t run = PanelRun(panel);
         if (run < 1) continue;
-        const RunRecord& r = Store().RunInfo[run];
-        if (r.RunLength <= 10) continue;
-        const int32_t end = std::min(r.RunEnd, d.UpperRow());
-        ColouredLine line(s);
-        size_t k = FirstCompressedEntry(index, r.RunStart);
-        if (k < index.size() && index[k] <= end) {
-            int32_t a = index[k];
-            double ax = t.XPos2Screen(x[a], y[a]), ay = t.YPos2Screen(x[a], y[a]);
-            for (++k; k < index.size() && index[k] <= end; ++k) {
-                const int32_t b = index[k];
-                const double bx = t.XPos2Screen(x[b], y[b]), by = t.YPos2Screen(x[b], y[b]);
-                // A segment wholly beyond one edge draws nothing.
-                const bool outside = (ax < 0 && bx < 0) || (ay < 0 && by < 0) ||
-                                     (ax > t.W && bx > t.W) || (ay > t.H && by > t.H);
-                if (!outside) line.Segment(ax, ay, bx, by, PathColour(range, v ? v[a] : 0, panel));
-                a = b;
-                ax = bx;
-                ay = by;
-            }
+        if (Store().RunInfo[run].RunLength <= 10) continue;
+        for (size_t p = lines.panelFirst[size_t(panel)]; p < lines.panelFirst[size_t(panel) + 1];
+             ++p) {
+            const PathPiece& piece = lines.pieces[p];
+            s.Polyline(lines.xs.data() + piece.first, lines.ys.data() + piece.first, piece.count,
+                       piece.colour);
         }
-        line.Flush();
         // The stretches the measurement table highlights, row by row.
+        ColouredLine line(s);
         for (const HighlightSection& h : HighlightSections()) {
             if (!h.active || h.run != run) continue;
             const int32_t first = std::max(h.firstRow, 0), last = std::min(h.lastRow, d.UpperRow());

@@ -38,11 +38,13 @@ void PainterSurface::Begin(QPaintDevice* device, double width, double height, do
     // Fonts are sized in device pixels: made again at the new resolution.
     metrics_.reset();
     painter_ = std::make_unique<QPainter>(device);
+    prepared_ = false;
     painter_->setRenderHint(QPainter::Antialiasing, false);
     painter_->setRenderHint(QPainter::TextAntialiasing, true);
 }
 
 void PainterSurface::End() {
+    prepared_ = false;
     if (painter_) painter_->end();
     painter_.reset();
 }
@@ -60,6 +62,18 @@ bool PainterSurface::Prepare(uint32_t colour, bool fill) {
     const bool mark = DrawMode == DrawModes::XorPen || DrawMode == DrawModes::Invert;
     if (mark && !CanUndoMarks()) return false;
     QPainter& p = *painter_;
+    // A path draws thousands of short lines with the state unchanged, or
+    // with a new colour alone: the painter keeps what it was last given.
+    const PenKey key{colour, fill, DrawMode, DrawWidth, DrawStyle};
+    if (prepared_ && key == preparedKey_) return true;
+    if (prepared_ && key.fill == preparedKey_.fill && key.mode == preparedKey_.mode &&
+        key.width == preparedKey_.width && key.style == preparedKey_.style) {
+        pen_.setColor(ToQColor(colour));
+        p.setPen(pen_);
+        if (fill) p.setBrush(ToQColor(colour));
+        preparedKey_ = key;
+        return true;
+    }
     switch (DrawMode) {
         case DrawModes::XorPen:
             p.setCompositionMode(QPainter::RasterOp_SourceXorDestination);
@@ -89,6 +103,9 @@ bool PainterSurface::Prepare(uint32_t colour, bool fill) {
         p.setBrush(ToQColor(colour));
     else
         p.setBrush(Qt::NoBrush);
+    pen_ = pen;
+    preparedKey_ = key;
+    prepared_ = true;
     return true;
 }
 
@@ -107,6 +124,7 @@ void PainterSurface::Cls() {
     CurrentX = 0;
     CurrentY = 0;
     if (!painter_) return;
+    prepared_ = false;
     painter_->setCompositionMode(QPainter::CompositionMode_Source);
     painter_->fillRect(QRectF(0, 0, width_, height_), ToQColor(BackColor));
     painter_->setCompositionMode(QPainter::CompositionMode_SourceOver);
@@ -208,6 +226,7 @@ void PainterSurface::FilledBox(double x1, double y1, double x2, double y2, uint3
     CurrentX = x2;
     CurrentY = y2;
     if (!Prepare(colour, true)) return;
+    prepared_ = false;
     painter_->setPen(Qt::NoPen);
     const double l = std::floor(Dx(std::min(x1, x2))), r = std::floor(Dx(std::max(x1, x2))) + 1;
     const double t = std::floor(Dy(std::min(y1, y2))), b = std::floor(Dy(std::max(y1, y2))) + 1;
@@ -218,7 +237,10 @@ void PainterSurface::Circle(double cx, double cy, double radius, uint32_t colour
     CurrentX = cx;
     CurrentY = cy;
     if (!Prepare(colour, false)) return;
-    if (FillStyle == FillStyles::Solid) painter_->setBrush(ToQColor(FillColor));
+    if (FillStyle == FillStyles::Solid) {
+        prepared_ = false;
+        painter_->setBrush(ToQColor(FillColor));
+    }
     const double w = painter_->pen().widthF();
     const double r = std::max(0.0, radius * ppt_);
     painter_->drawEllipse(QPointF(Snap(Dx(cx), w), Snap(Dy(cy), w)), r, r);
@@ -241,7 +263,10 @@ void PainterSurface::Arc(double cx, double cy, double radius, uint32_t colour, d
     const int a16 = static_cast<int>(std::lround(start * 180.0 / kPi * 16.0));
     const int s16 = static_cast<int>(std::lround(span * 180.0 / kPi * 16.0));
     if (radiusAtStart && radiusAtEnd) {
-        if (FillStyle == FillStyles::Solid) painter_->setBrush(ToQColor(FillColor));
+        if (FillStyle == FillStyles::Solid) {
+            prepared_ = false;
+            painter_->setBrush(ToQColor(FillColor));
+        }
         painter_->drawPie(box, a16, s16);
         return;
     }
@@ -309,6 +334,7 @@ void PainterSurface::Print(const std::string& text) {
     const double width = TextWidth(text);
     if (painter_ && !text.empty()) {
         QPainter& p = *painter_;
+        prepared_ = false;
         p.setCompositionMode(QPainter::CompositionMode_SourceOver);
         if (p.font() != Font()) p.setFont(Font());
         p.setRenderHint(QPainter::TextAntialiasing, FontSmoothing || !CanUndoMarks());

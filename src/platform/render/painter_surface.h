@@ -20,6 +20,7 @@
 #include <QFontMetricsF>
 #include <QImage>
 #include <QPainter>
+#include <QPen>
 #include <QStaticText>
 #include <cmath>
 #include <functional>
@@ -58,7 +59,12 @@ class PainterSurface : public DrawSurface {
         return static_cast<int64_t>(std::floor(Dx(twips)));
     }
 
-    QPainter& Painter() { return *painter_; }
+    // The painter itself; what is done with it is not known here, so the
+    // next line sets the pen again.
+    QPainter& Painter() {
+        prepared_ = false;
+        return *painter_;
+    }
 
   protected:
     // Starts painting on the device, which is width x height device units
@@ -83,6 +89,19 @@ class PainterSurface : public DrawSurface {
     const QFontMetricsF& Metrics();
 
     std::unique_ptr<QPainter> painter_;
+    // What Prepare last gave the painter; prepared_ is cleared by whatever
+    // else sets its pen, brush or composition mode.
+    struct PenKey {
+        uint32_t colour = 0;
+        bool fill = false;
+        DrawModes mode = DrawModes::CopyPen;
+        int width = 1;
+        DrawStyles style = DrawStyles::Solid;
+        bool operator==(const PenKey&) const = default;
+    };
+    bool prepared_ = false;
+    PenKey preparedKey_;
+    QPen pen_;
     double ppt_ = 96.0 / kTwipsPerInch;
     double dpi_ = 96.0;
     double width_ = 0, height_ = 0;
