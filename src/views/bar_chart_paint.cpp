@@ -5,6 +5,7 @@
 // 0.9 H and, with several charts at once, their legends at 0.95 H, each
 // centred on its fifth of the width.
 #include <algorithm>
+#include <array>
 #include <vector>
 
 #include "core/support.h"
@@ -37,16 +38,37 @@ void PrintCentred(DrawSurface& s, const std::string& text, double x, double y) {
     s.Print(text);
 }
 
+// Each legend is centred on its fifth of the width. When one is wider than
+// its fifth but all of them fit the width side by side, they stand in a row
+// 300 twips apart, the row centred, so that none runs into the next.
 void DrawLegends(BarChart& chart, const Plot& p, DrawSurface& s) {
+    constexpr double kGap = 300;
+    std::array<double, kBarChartAxes> widths{};
+    bool crowded = false;
+    double row = -kGap;
     for (int k = 0; k < kBarChartAxes; ++k) {
         if (!chart.AxisCounted(k)) continue;
         BarChartAxisSettings& a = chart.settings.Axes[k];
         if (a.AxisTitle.empty()) a.AxisTitle = chart.LegendText(k);
+        widths[k] = s.TextWidth(a.AxisTitle);
+        crowded = crowded || widths[k] + kGap > p.W / 5;
+        row += widths[k] + kGap;
+    }
+    const bool inRow = crowded && row <= p.W;
+    double x = (p.W - row) / 2;
+    for (int k = 0; k < kBarChartAxes; ++k) {
+        if (!chart.AxisCounted(k)) continue;
+        const std::string& t = chart.settings.Axes[k].AxisTitle;
         s.ForeColor = VqColorIndex(k, false);
-        const std::string& t = a.AxisTitle;
-        // Centred on its fifth of the width; a legend wider than its fifth
-        // keeps to the surface.
-        PrintCentred(s, t, p.W / 5 * (k + 0.5), 0.95 * p.H - s.TextHeight(t) / 2);
+        const double y = 0.95 * p.H - s.TextHeight(t) / 2;
+        if (inRow) {
+            s.CurrentX = x;
+            s.CurrentY = y;
+            s.Print(t);
+            x += widths[k] + kGap;
+        } else {
+            PrintCentred(s, t, p.W / 5 * (k + 0.5), y);
+        }
     }
     s.ForeColor = VqColorIndex(0, false);
 }
