@@ -23,7 +23,6 @@
 #include "store/slot_columns.h"
 #include "support/engine_fixture.h"
 #include "views/bar_chart.h"
-#include "views/view_forms.h"
 
 namespace tl {
 namespace {
@@ -290,15 +289,8 @@ TEST_F(BarChartTest, FormRulesDefaultsLegendAndCopy) {
     BarChart c;
     c.Load(3);
     EXPECT_EQ(c.Caption(), "Bar Chart 3");
-    EXPECT_EQ(c.settings.DisplayVar, "Select Variable");
-    EXPECT_EQ(c.settings.BinCount, "10");
-    EXPECT_EQ(c.settings.ShowGrid, 1);
-    EXPECT_EQ(c.settings.PercentFreq, 1);
-    EXPECT_EQ(c.settings.Reserved[5], "Blank Data");
-    for (const auto& a : c.settings.Axes) EXPECT_EQ(a.AxisRun, "1");
     c.settings.MainTitle = "Corner speeds";
     EXPECT_EQ(c.Caption(), "Corner speeds");
-    EXPECT_EQ(BarChart::TabCaption(ChartTabs::Options), "Options");
     // Bars and lines: clearing the last one ticks the other.
     c.settings.ShowBars = 0;
     c.ShowBars_Click();
@@ -355,18 +347,6 @@ TEST_F(BarChartTest, FormRulesDefaultsLegendAndCopy) {
     c.settings.Axes[0].AxisEnabled = 1;
     c.CalcFrequency();
     EXPECT_EQ(c.ClipboardText(), "From\tTo\trun1\tWet\r\n0\t2\t25\t100\r\n2\t4\t75\t0\r\n");
-}
-
-TEST_F(BarChartTest, BarChartFormsReuseTheLowestNumber) {
-    ViewForms& forms = BarChartForms();
-    forms.Reset();
-    int a = 0, b = 0, d = 0;
-    EXPECT_EQ(forms.Open(&a), 1);
-    EXPECT_EQ(forms.Open(&b), 2);
-    forms.Close(1);
-    EXPECT_EQ(forms.Open(&d), 1);
-    EXPECT_NE(&forms, &XYGraphForms());
-    forms.Reset();
 }
 
 // The simulation's speed, row for row, of a demo run.
