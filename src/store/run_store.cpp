@@ -380,10 +380,20 @@ float FindPercentileOfData(int32_t first, int32_t last, int32_t column, float fr
     if (last > Store().RunData.UpperRow() || first < 0) return 0.0f;
     fraction = FindClip(0.0f, fraction, 1.0f);
     const auto col = Store().RunData.Column(column);
-    std::vector<float> sorted(col.begin() + first, col.begin() + last + 1);
+    thread_local std::vector<float> sorted;
+    sorted.assign(col.begin() + first, col.begin() + last + 1);
+    const auto k = std::min(static_cast<size_t>(static_cast<double>(last - first) * fraction),
+                            sorted.size() - 1);
+    // The element the sort would put at k: a selection finds the same value
+    // without ordering the rest. A NaN has no place in that order, so a
+    // stretch holding one is sorted as it always was.
+    if (std::none_of(sorted.begin(), sorted.end(), [](float v) { return std::isnan(v); })) {
+        std::nth_element(sorted.begin(), sorted.begin() + static_cast<std::ptrdiff_t>(k),
+                         sorted.end());
+        return sorted[k];
+    }
     QSort(sorted, 0, static_cast<int32_t>(sorted.size()) - 1);
-    const auto k = static_cast<size_t>(static_cast<double>(last - first) * fraction);
-    return sorted[std::min(k, sorted.size() - 1)];
+    return sorted[k];
 }
 
 void LinearFilterVar(int32_t run, int32_t column, float timeConstant) {

@@ -3,6 +3,9 @@
 // no lap time would show it), and the percentile of a column.
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <vector>
+
 #include "core/config_store.h"
 #include "derived/derived_helpers.h"
 #include "derived/time_slip.h"
@@ -68,6 +71,18 @@ TEST_F(ExactRows, PercentileIsTheTruncatedElement) {
     EXPECT_EQ(FindPercentileOfData(20, 20, column, 0.5f), 0.0f);    // last not above first
     EXPECT_EQ(FindPercentileOfData(20, 10, column, 0.5f), 0.0f);
     EXPECT_EQ(FindPercentileOfData(50, 150, column, 0.5f), 0.0f);  // past the run
+    // Values with many repeats, in a jumbled order: every fraction gives the
+    // element a full sort puts at its place.
+    std::vector<float> values;
+    for (int32_t i = 1; i <= 100; ++i) {
+        V(i, slot::SpeedKph) = static_cast<float>((i * 37) % 23) * 0.5f - 3.0f;
+        values.push_back(V(i, slot::SpeedKph));
+    }
+    std::sort(values.begin(), values.end());
+    for (float f = 0.0f; f <= 1.0f; f += 0.013f) {
+        const auto k = static_cast<size_t>(99.0 * static_cast<double>(f));
+        EXPECT_EQ(FindPercentileOfData(1, 100, column, f), values[k]) << f;
+    }
 }
 
 // Time slip on a straight: the reference passage of the sector covers 500 m
