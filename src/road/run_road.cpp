@@ -18,6 +18,8 @@
 #include "store/catalogue.h"
 #include "store/run_procedures.h"
 #include "store/run_store.h"
+#include "views/dashboard.h"
+#include "views/view_forms.h"
 
 namespace tl {
 
@@ -32,6 +34,12 @@ void ClearCurrentRun(bool all) {
             // belong to the shell: it unloads them all, letting events run.
             CurrentPlatform().shell->UnloadAllViews();
             DoEvents();
+            // Each window frees its entry as it closes; what stays behind
+            // (a window that could not close, or no windows at all) is
+            // dropped here: each list is back to one free entry.
+            XYGraphForms().Reset();
+            BarChartForms().Reset();
+            DashForms().Reset();
             Conversion().ResetStartValues();
             SummaryRuns().Clear();
             LogDebug("resetting TrackMarkerData");
