@@ -8,7 +8,9 @@
 #include <gtest/gtest.h>
 
 #include <QImage>
+#include <random>
 #include <string>
+#include <vector>
 
 #include "core/config_store.h"
 #include "core/support.h"
@@ -143,6 +145,54 @@ TEST_F(TrackMapPaintTest, PathAt200PercentAndAfterChanges) {
     map.ReDraw();
     EXPECT_FALSE(surface.Image() == before);
     EXPECT_EQ(Differences(surface, map), 0);
+}
+
+// One-pixel polylines laid on the image itself against the painter's (a
+// surface whose painter was handed out draws through it): short and long
+// lines at every angle, ends far beyond each edge, points repeated, lines of
+// no length alone and on the pixel edges.
+TEST(RasterSurfacePen, LaidLinesAreThePaintersPixelForPixel) {
+    render::RasterSurface laid(317, 211), painted(317, 211);
+    painted.Painter();
+    std::mt19937 random(7);
+    const double W = laid.ScaleWidth(), H = laid.ScaleHeight();
+    std::uniform_real_distribution<double> far(-1.2, 5.2), near(0, 1), step(-400, 400);
+    std::uniform_int_distribution<int> pick(0, 5);
+    std::uniform_int_distribution<uint32_t> colour(0, 0xFFFFFF);
+    std::vector<double> xs, ys;
+    for (int line = 0; line < 6000; ++line) {
+        xs.clear();
+        ys.clear();
+        const int count = 1 + pick(random) * 3;
+        double x = near(random) * W, y = near(random) * H;
+        for (int k = 0; k < count; ++k) {
+            switch (pick(random)) {
+                case 0:  // anywhere within the clamp
+                    x = far(random) * W;
+                    y = far(random) * H;
+                    break;
+                case 1:  // on a pixel's edge
+                    x = std::floor(x / 15) * 15;
+                    break;
+                case 2:  // the same point again
+                    break;
+                default:
+                    x += step(random);
+                    y += step(random) * (pick(random) == 0 ? 0 : 1);
+            }
+            xs.push_back(x);
+            ys.push_back(y);
+        }
+        const uint32_t c = colour(random);
+        laid.Polyline(xs.data(), ys.data(), count, c);
+        painted.Polyline(xs.data(), ys.data(), count, c);
+    }
+    int differ = 0;
+    for (int y = 0; y < laid.Image().height(); ++y)
+        for (int x = 0; x < laid.Image().width(); ++x)
+            differ += laid.Image().pixel(x, y) != painted.Image().pixel(x, y) ? 1 : 0;
+    EXPECT_EQ(differ, 0);
+    EXPECT_FALSE(laid.Image() == render::RasterSurface(317, 211).Image());
 }
 
 TEST(RasterSurfacePen, FollowsEveryChangeBetweenLines) {

@@ -63,10 +63,18 @@ class PainterSurface : public DrawSurface {
     // next line sets the pen again.
     QPainter& Painter() {
         prepared_ = false;
+        pixels_ = nullptr;
         return *painter_;
     }
 
   protected:
+    // The 32-bit pixels of a raster surface's image (perLine_ of them to a
+    // row), on which one-pixel lines are laid directly; null elsewhere, and
+    // once the painter was handed out (it may have been given a clip or a
+    // transform).
+    uint32_t* pixels_ = nullptr;
+    int64_t perLine_ = 0;
+
     // Starts painting on the device, which is width x height device units
     // at dpi.
     void Begin(QPaintDevice* device, double width, double height, double dpi);
