@@ -42,7 +42,22 @@
 //   --value-table        opens the variable values table;
 //   --play-to SECONDS    with --map, every panel jumps to this run time, as
 //                        the common row's jump button does (a moment of
-//                        playback stood still: dots, needles, cursors).
+//                        playback stood still: dots, needles, cursors);
+//   --bar-chart VAR      opens a bar chart of VAR once the start is over
+//                        (runs processed as for --graph); with more than one
+//                        run loaded, one chart per run (up to five) side by
+//                        side;
+//   --measurements       opens the measurements table (runs processed and
+//                        lap-marked as for --lap-times) with a few
+//                        measurements over the whole lap and the first
+//                        sector: the highest and lowest speed, the spread of
+//                        the lateral acceleration;
+//   --measurements-graph COL  as --measurements, then selects the first two
+//                        cells of column COL and presses its Graph button;
+//   --performance        opens the performance table on its time grid (runs
+//                        processed as for --graph);
+//   --tab N              the page (from 0) the window of --bar-chart or
+//                        --performance is shown on.
 #include <QApplication>
 #include <QDir>
 #include <QFileInfo>
@@ -65,6 +80,8 @@
 #include "core/config_store.h"
 #include "platform/qt/qt_platform.h"
 #include "results/laps.h"
+#include "results/measurements_form.h"
+#include "results/track_markers.h"
 #include "road/convert_driver.h"
 #include "road/run_road.h"
 #include "road/startup.h"
@@ -74,6 +91,7 @@
 #include "store/run_procedures.h"
 #include "store/run_store.h"
 #include "views/playback.h"
+#include "views/qt/bar_chart_form.h"
 #include "views/qt/graph_xy_form.h"
 #include "views/qt/view_links.h"
 
@@ -96,6 +114,11 @@ struct ProgramOptions {
     QStringList dashVars;
     bool valueTable = false;
     QString playTo;
+    QString barChart;
+    bool measurements = false;
+    int measurementsGraph = 0;
+    bool performance = false;
+    int tab = -1;
 };
 
 ProgramOptions ParseArguments(const QStringList& arguments) {
@@ -132,6 +155,17 @@ ProgramOptions ParseArguments(const QStringList& arguments) {
             options.playTo = arguments[++i];
         } else if (arg == QLatin1String("--graph-x") && i + 1 < arguments.size()) {
             options.graphX = arguments[++i].split(QLatin1Char(','));
+        } else if (arg == QLatin1String("--bar-chart") && i + 1 < arguments.size()) {
+            options.barChart = arguments[++i];
+        } else if (arg == QLatin1String("--measurements")) {
+            options.measurements = true;
+        } else if (arg == QLatin1String("--measurements-graph") && i + 1 < arguments.size()) {
+            options.measurements = true;
+            options.measurementsGraph = arguments[++i].toInt();
+        } else if (arg == QLatin1String("--performance")) {
+            options.performance = true;
+        } else if (arg == QLatin1String("--tab") && i + 1 < arguments.size()) {
+            options.tab = arguments[++i].toInt();
         } else if (arg == QLatin1String("--quit-after-start")) {
             options.quitAfterStart = true;
         } else if (arg == QLatin1String("--screenshot") && i + 1 < arguments.size()) {
@@ -286,6 +320,62 @@ void OpenMap(const ProgramOptions& program, tl::shell::MainForm* main) {
     tl::views::Hub().RefreshViews();
 }
 
+// --bar-chart: the variable on axis 0, or one axis per loaded run.
+void OpenBarChart(const ProgramOptions& program, tl::shell::MainForm* main) {
+    tl::views::BarChartForm* form = main->NewBarChart();
+    tl::BarChart& chart = form->Chart();
+    chart.settings.DisplayVar = program.barChart.toStdString();
+    const int runs = std::min<int>(tl::Store().RunCount, tl::kBarChartAxes);
+    if (runs > 1) {
+        chart.settings.MultiBar = 1;
+        for (int k = 0; k < runs; ++k) {
+            chart.settings.Axes[size_t(k)].AxisEnabled = 1;
+            chart.settings.Axes[size_t(k)].AxisRun = std::to_string(k + 1);
+            chart.AxisRun_Change(k);
+        }
+    }
+    form->ChartTab_Click(0);
+    if (program.tab > 0) form->ChartTab_Click(program.tab);
+}
+
+// --measurements: three rows over the whole lap and one over the first
+// sector, written as frmAddMeasurement writes them.
+void OpenMeasurements(const ProgramOptions& program, tl::shell::MainForm* main) {
+    std::vector<std::string> markers;
+    for (int i = 1; i <= tl::kLastMarkerEntry; ++i) {
+        if (!tl::Markers().Entries[size_t(i)].Name.empty())
+            markers.push_back(tl::Markers().Entries[size_t(i)].Name);
+    }
+    if (!markers.empty()) {
+        const auto& vars = tl::Catalogue().RunVars;
+        const std::string& lap = markers.front();
+        const std::string& sector = markers.size() > 1 ? markers[1] : lap;
+        tl::WriteMeasurementRow(1, "Maximum of", vars[tl::slot::SpeedKph].Name, lap, lap);
+        tl::WriteMeasurementRow(2, "Minimum of", vars[tl::slot::SpeedKph].Name, lap, lap);
+        tl::WriteMeasurementRow(3, "Std Dev of", vars[tl::slot::AccelLat].Name, lap, lap);
+        tl::WriteMeasurementRow(4, "Average of", vars[tl::slot::SpeedKph].Name, lap, sector);
+        tl::WriteMeasurementRow(5, "Value of", vars[tl::slot::SpeedKph].Name, sector, "");
+    }
+    tl::shell::MeasurementsForm* table = main->ShowMeasurements();
+    if (program.measurementsGraph <= 0) return;
+    const tl::TableGrid& grid = table->Table().Grid();
+    for (int row = 1, taken = 0; row < grid.rows && taken < 2; ++row) {
+        if (program.measurementsGraph >= grid.cols ||
+            grid.Text(row, program.measurementsGraph).empty())
+            continue;
+        table->ClickCell(row, program.measurementsGraph);
+        ++taken;
+    }
+    // The table along the top, the graph under it.
+    QWidget* tableWindow = table->parentWidget();
+    const QSize room = main->MdiArea()->viewport()->size();
+    tableWindow->setGeometry(0, 0, room.width(), room.height() * 2 / 5);
+    if (QWidget* graph = table->GenerateGraph()) {
+        graph->parentWidget()->setGeometry(0, room.height() * 2 / 5, room.width(),
+                                           room.height() - room.height() * 2 / 5);
+    }
+}
+
 int main(int argc, char** argv) {
     QApplication app(argc, argv);
     QApplication::setApplicationName(QStringLiteral("Tracelab"));
@@ -322,7 +412,8 @@ int main(int argc, char** argv) {
     if (program.runManager) ui.MainWindow()->ShowRunManager();
     tl::RunStore& store = tl::Store();
     if (!program.loads.isEmpty()) ui.MainWindow()->LoadRunFiles(program.loads);
-    if (program.lapTimes || !program.graphVars.isEmpty() || program.map) {
+    if (program.lapTimes || !program.graphVars.isEmpty() || program.map ||
+        !program.barChart.isEmpty() || program.measurements || program.performance) {
         // A run loaded but not processed (the question answered No) has no
         // times yet: each such run is processed first.
         bool processed = false;
@@ -336,7 +427,7 @@ int main(int argc, char** argv) {
         }
         if (processed) tl::CheckInternalDataStillValid();
     }
-    if (program.lapTimes) {
+    if (program.lapTimes || program.measurements) {
         if (store.RunCount > 0 && tl::CheckForLapMarker() == -1) {
             const std::string& cfg = tl::Paths().TracelabCfgPath;
             const std::string length = tl::ConfigNumberText(tl::GetConfig(cfg, "MarkerLengthTxt"));
@@ -344,6 +435,8 @@ int main(int argc, char** argv) {
             tl::AutoAddSectorsCmd(
                 1, tl::ConfigNumberText(tl::GetConfig(cfg, "NumOfAutoSectorsTxt")), length);
         }
+    }
+    if (program.lapTimes) {
         tl::shell::LapSectorTimesForm* table = ui.MainWindow()->ShowLapSectorTimes();
         if (program.lapOverlay) {
             const tl::TableGrid& grid = table->Table().Grid();
@@ -381,6 +474,12 @@ int main(int argc, char** argv) {
     }
     if (program.valueTable) ui.MainWindow()->ShowValueTable();
     if (program.map) OpenMap(program, ui.MainWindow());
+    if (!program.barChart.isEmpty()) OpenBarChart(program, ui.MainWindow());
+    if (program.measurements) OpenMeasurements(program, ui.MainWindow());
+    if (program.performance) {
+        tl::shell::PerformanceForm* form = ui.MainWindow()->ShowPerformance();
+        form->SSTab_Click(program.tab >= 0 ? program.tab : tl::shell::PerformanceForm::TimesPage);
+    }
 
     if (program.quitAfterStart) {
         QTimer::singleShot(0, &app, [&] {

@@ -424,6 +424,61 @@ views::GraphXYForm* MainForm::NewGraph() {
     return graph;
 }
 
+views::BarChartForm* MainForm::NewBarChart() {
+    auto* chart = new views::BarChartForm;
+    QMdiSubWindow* sub = mdi_->addSubWindow(chart);
+    sub->setWindowIcon(windowIcon());
+    const QSize room = mdi_->viewport()->size();
+    sub->resize(std::max(std::min(room.width() - 16, 1000), 320),
+                std::max(std::min(room.height() - 16, 640), 240));
+    chart->show();
+    mdi_->setActiveSubWindow(sub);
+    return chart;
+}
+
+namespace {
+
+// A single view window as a child of the frame, closed for good with its
+// sub-window, at a size that fits the frame.
+QMdiSubWindow* AddSingleView(QMdiArea* mdi, QWidget* form, const QIcon& icon, QSize wanted) {
+    QMdiSubWindow* sub = mdi->addSubWindow(form);
+    sub->setAttribute(Qt::WA_DeleteOnClose);
+    sub->setWindowIcon(icon);
+    const QSize room = mdi->viewport()->size();
+    sub->resize(std::max(std::min(room.width() - 16, wanted.width()), 320),
+                std::max(std::min(room.height() - 16, wanted.height()), 240));
+    form->show();
+    return sub;
+}
+
+}  // namespace
+
+MeasurementsForm* MainForm::ShowMeasurements() {
+    if (measurements_.isNull()) {
+        measurements_ = new MeasurementsForm(this);
+        AddSingleView(mdi_, measurements_, windowIcon(), QSize(900, 420));
+    } else {
+        measurements_->Update();
+    }
+    if (auto* sub = qobject_cast<QMdiSubWindow*>(measurements_->parentWidget())) {
+        sub->showNormal();
+        mdi_->setActiveSubWindow(sub);
+    }
+    return measurements_;
+}
+
+PerformanceForm* MainForm::ShowPerformance() {
+    if (performance_.isNull()) {
+        performance_ = new PerformanceForm;
+        AddSingleView(mdi_, performance_, windowIcon(), QSize(760, 560));
+    }
+    if (auto* sub = qobject_cast<QMdiSubWindow*>(performance_->parentWidget())) {
+        sub->showNormal();
+        mdi_->setActiveSubWindow(sub);
+    }
+    return performance_;
+}
+
 views::TrackMapForm* MainForm::ShowTrackMap() {
     if (trackMap_.isNull()) {
         trackMap_ = new views::TrackMapForm;

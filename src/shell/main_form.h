@@ -13,7 +13,10 @@
 #include <QPointer>
 
 #include "shell/lap_forms.h"
+#include "shell/measurements_forms.h"
+#include "shell/performance_form.h"
 #include "shell/run_manager.h"
+#include "views/qt/bar_chart_form.h"
 #include "views/qt/tool_forms.h"
 #include "views/qt/track_map_form.h"
 
@@ -63,6 +66,18 @@ class MainForm : public QMainWindow {
     // mnuGraphXYplot (toolbar "XY"): a new graph window with the lowest free
     // number, a child of the frame sized to fit it, on its "Graph" tab.
     views::GraphXYForm* NewGraph();
+    // mnuGraphHistogram (toolbar "HT"): a new bar chart with the lowest free
+    // number of BarChartForms, on its "Bar Chart" tab.
+    views::BarChartForm* NewBarChart();
+    // Table (toolbar "table"): frmTrackMeasurements opened or raised
+    // (MeasTableOpen while it is up).
+    MeasurementsForm* ShowMeasurements();
+    MeasurementsForm* Measurements() const { return measurements_.data(); }
+    bool MeasTableOpen() const { return !measurements_.isNull(); }
+    // mnuPerfTable: frmPerformanceTable opened or raised (PerfTableOpen).
+    PerformanceForm* ShowPerformance();
+    PerformanceForm* Performance() const { return performance_.data(); }
+    bool PerfTableOpen() const { return !performance_.isNull(); }
 
     // mnuTrackMap (toolbar "map"): the single track map window, opened or
     // raised.
@@ -122,6 +137,8 @@ class MainForm : public QMainWindow {
     QPointer<RunManagerForm> runManager_;
     QPointer<LapSectorTimesForm> lapTimes_;
     QPointer<views::TrackMapForm> trackMap_;
+    QPointer<MeasurementsForm> measurements_;
+    QPointer<PerformanceForm> performance_;
     QPointer<views::MiniMapForm> miniMap_;
     QPointer<views::ValueTableForm> valueTable_;
     class QLabel* status_ = nullptr;

@@ -198,6 +198,9 @@ void MainForm::RouteCommands() {
     on("RunManager", [this] { ShowRunManager(); });
     on("mnuGraphXYplot", [this] { NewGraph(); });
     on("mnuTrackMap", [this] { ShowTrackMap(); });
+    on("mnuGraphHistogram", [this] { NewBarChart(); });
+    on("Table", [this] { ShowMeasurements(); });
+    on("mnuPerfTable", [this] { ShowPerformance(); });
     on("mnuShowMiniMap", [this] { ToggleMiniMap(); });
     on("mnuShowValueTable", [this] { ToggleValueTable(); });
     on("mnuVariables", [this] {
@@ -267,8 +270,8 @@ void MainForm::RouteCommands() {
     // Not in this program yet: the windows of later parts.
     for (const char* later :
          {"MnuExportRaw", "PrintSetup", "PrintGraph", "PrintAll", "mnuConnectLogger",
-          "mnuLoggerDownload", "mnuLoggerEraseData", "mnuLoggerSetupLogger", "mnuSv63Runs", "Table",
-          "mnuGraphHistogram", "mnuPerfTable", "mnuAddUserGraph", "mnuRemoveUserGraph"}) {
+          "mnuLoggerDownload", "mnuLoggerEraseData", "mnuLoggerSetupLogger", "mnuSv63Runs",
+          "mnuAddUserGraph", "mnuRemoveUserGraph"}) {
         Entry(QString::fromUtf8(later))->setEnabled(false);
     }
     // The meter's own options form (frmLocalSV63CarOptions) is not built yet.
