@@ -92,7 +92,9 @@ TrackMapSettings TenRuns() {
 
 void BM_TrackMapReDraw(benchmark::State& state) {
     Env();
-    render::RasterSurface surface(1600, 900);
+    const bool doubled = state.range(0) == 4;
+    render::RasterSurface surface(doubled ? 3200 : 1600, doubled ? 1800 : 900,
+                                  doubled ? 192.0 : 96.0);
     TrackMap map(surface);
     map.settings = TenRuns();
     if (state.range(0) == 2) map.settings.MapColorVar = kNoColorCoding;
@@ -116,12 +118,14 @@ void BM_TrackMapReDraw(benchmark::State& state) {
 }
 // Arg 0 whole track, 1 zoomed in three times, 2 whole track uncoloured, 3
 // whole track with the view moved at every redraw (a repaint of an unchanged
-// view draws the points it mapped last time).
+// view draws the points it mapped last time), 4 whole track at 200 % (3200 x
+// 1800, a two-pixel path).
 BENCHMARK(BM_TrackMapReDraw)
     ->Arg(0)
     ->Arg(1)
     ->Arg(2)
     ->Arg(3)
+    ->Arg(4)
     ->Unit(benchmark::kMillisecond)
     ->MinTime(2.0);
 
