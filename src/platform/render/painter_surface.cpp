@@ -127,6 +127,8 @@ double Snap(double device, double penPx) {
 // across; square caps push both ends out by half a pixel.
 void LayLine(uint32_t* pixels, int64_t perLine, int width, int height, double x1, double y1,
              double x2, double y2, uint32_t argb) {
+    // A line with an end that is not a number is not drawn.
+    if (std::isnan(x1) || std::isnan(y1) || std::isnan(x2) || std::isnan(y2)) return;
     const double xmin = -1, xmax = width + 1, ymin = -1, ymax = height + 1;
     if (x1 < xmin) {
         if (x2 <= xmin) return;
@@ -184,7 +186,13 @@ void LayLine(uint32_t* pixels, int64_t perLine, int width, int height, double x1
     // The first step is taken from the pixel's centre when the line rises
     // across, from its near edge when it falls.
     b += (((a * 64) + (inc > 0 ? 32 : 0) - a1) * inc) >> 6;
-    for (; a < as; ++a, b += inc) {
+    // Only the steps within the image.
+    const int64_t extent = steep ? height : width;
+    if (a < 0) {
+        b += -a * inc;
+        a = 0;
+    }
+    for (const int64_t stop = std::min(as, extent); a < stop; ++a, b += inc) {
         const int64_t x = steep ? (b >> 16) : a, y = steep ? a : (b >> 16);
         if (x < 0 || x >= width || y < 0 || y >= height) continue;
         pixels[y * perLine + x] = argb;
