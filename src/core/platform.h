@@ -106,6 +106,30 @@ class Clipboard {
     virtual std::string ClipboardText() = 0;
 };
 
+// The serial port of the logger link (objSerialComms): 115200 baud, no
+// parity, 8 data bits, 1 stop bit, no handshaking, an input buffer of 16384
+// bytes, polled only -- the link never needs an event from it. The device is
+// a path: one of the system's ports 1 to 16 (SerialPortDevice) or any device
+// typed by hand (a USB adapter, a pseudo-terminal). The link owns the
+// InputMode: a port delivers bytes, and the link reads them as text or bytes.
+class SerialPort {
+  public:
+    virtual ~SerialPort() = default;
+    // Opens the device at the line settings above. Returns false with a
+    // nonzero error number (the system's, or 1 when it has none) on failure.
+    // A device that refuses the modem-line calls (a pseudo-terminal) still
+    // opens.
+    virtual bool Open(const std::string& device, int& errorNumber) = 0;
+    virtual void Close() = 0;
+    virtual bool IsOpen() const = 0;
+    // InBufferCount: received bytes that wait to be read.
+    virtual int BytesWaiting() = 0;
+    // Input: returns and removes every waiting byte.
+    virtual std::vector<uint8_t> ReadAll() = 0;
+    // Output: sends the bytes, one 8-bit character each.
+    virtual void Write(const std::vector<uint8_t>& bytes) = 0;
+};
+
 // What the engine asks of the main window and of the open views. The shell
 // implements it; the default does nothing, which is right for a program with
 // no windows.

@@ -137,4 +137,54 @@ void ScriptedPlatform::SetAllMousePointers(int shape) {
     record(ScriptedEvent::Kind::MousePointer, "", std::to_string(shape));
 }
 
+void ScriptedSerialPort::Deliver(const std::vector<uint8_t>& bytes) {
+    incoming.insert(incoming.end(), bytes.begin(), bytes.end());
+}
+
+void ScriptedSerialPort::Deliver(const std::string& text) {
+    incoming.insert(incoming.end(), text.begin(), text.end());
+}
+
+std::vector<uint8_t> ScriptedSerialPort::Written() const {
+    std::vector<uint8_t> all;
+    for (const auto& w : writes) all.insert(all.end(), w.begin(), w.end());
+    return all;
+}
+
+bool ScriptedSerialPort::Open(const std::string& device, int& errorNumber) {
+    ++openAttempts;
+    errorNumber = 0;
+    if (std::find(absentDevices.begin(), absentDevices.end(), device) != absentDevices.end())
+        errorNumber = 2;
+    if (!openErrors.empty()) {
+        if (errorNumber == 0) errorNumber = openErrors.front();
+        openErrors.pop_front();
+    }
+    if (errorNumber != 0) return false;
+    open_ = true;
+    openedDevices.push_back(device);
+    return true;
+}
+
+void ScriptedSerialPort::Close() {
+    if (open_) ++closes;
+    open_ = false;
+}
+
+int ScriptedSerialPort::BytesWaiting() {
+    if (onPoll) onPoll(*this);
+    return static_cast<int>(incoming.size());
+}
+
+std::vector<uint8_t> ScriptedSerialPort::ReadAll() {
+    std::vector<uint8_t> out(incoming.begin(), incoming.end());
+    incoming.clear();
+    return out;
+}
+
+void ScriptedSerialPort::Write(const std::vector<uint8_t>& bytes) {
+    writes.push_back(bytes);
+    if (onWrite) onWrite(*this, bytes);
+}
+
 }  // namespace tl

@@ -6,6 +6,7 @@
 // so that a test can assert on what a user would have seen, in order.
 #pragma once
 
+#include <cstdint>
 #include <deque>
 #include <functional>
 #include <string>
@@ -108,6 +109,44 @@ class ScriptedPlatform final : public MessageBoxes,
   private:
     void record(ScriptedEvent::Kind kind, const std::string& title, const std::string& text);
     bool waitShown_ = false;
+};
+
+// A serial port with a logger played by the test: onWrite sees every
+// Output and queues the logger's reply with Deliver; onPoll runs at each
+// InBufferCount, so that bytes can trickle in as time passes (the scripted
+// clock moves with each DoEvents). Every write is recorded.
+class ScriptedSerialPort final : public SerialPort {
+  public:
+    // --- scripting ---
+    std::function<void(ScriptedSerialPort&, const std::vector<uint8_t>&)> onWrite;
+    std::function<void(ScriptedSerialPort&)> onPoll;
+    // Error numbers of the next opens, one per attempt; 0 or an empty queue
+    // opens.
+    std::deque<int> openErrors;
+    // Devices that never open (error 2), e.g. ports absent from the system.
+    std::vector<std::string> absentDevices;
+    void Deliver(const std::vector<uint8_t>& bytes);
+    void Deliver(const std::string& text);
+
+    // --- records ---
+    std::deque<uint8_t> incoming;
+    std::vector<std::vector<uint8_t>> writes;
+    std::vector<std::string> openedDevices;
+    int openAttempts = 0;
+    int closes = 0;
+    // Every byte written, in order.
+    std::vector<uint8_t> Written() const;
+
+    // --- SerialPort ---
+    bool Open(const std::string& device, int& errorNumber) override;
+    void Close() override;
+    bool IsOpen() const override { return open_; }
+    int BytesWaiting() override;
+    std::vector<uint8_t> ReadAll() override;
+    void Write(const std::vector<uint8_t>& bytes) override;
+
+  private:
+    bool open_ = false;
 };
 
 }  // namespace tl
