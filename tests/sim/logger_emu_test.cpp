@@ -389,5 +389,150 @@ TEST(LoggerEmu, RepliesComeAtTheLineRate) {
     EXPECT_LT(first, expected * 0.5);
 }
 
+// One transfer of 255 packets from a line with the given faults.
+Bytes NoisyTransfer(const LineFaults& faults, uint64_t seed, Bytes* version = nullptr) {
+    EmuOptions o = Unpaced();
+    o.logger.checksumOn = true;
+    o.faults = faults;
+    o.seed = seed;
+    Line line(o, {CountingRun(3000)});
+    if (version) *version = line.Ask("V", 4, 0.3);
+    EXPECT_EQ(line.Ask("s\xFF", 1).size(), 1u);
+    return line.Ask(Bytes{'M', 0}, 1 << 20, 0.3);
+}
+
+bool IsSubsequence(const Bytes& part, const Bytes& whole) {
+    size_t j = 0;
+    for (size_t i = 0; i < whole.size() && j < part.size(); ++i)
+        if (whole[i] == part[j]) ++j;
+    return j == part.size();
+}
+
+TEST(LoggerEmuFaults, BitErrorsDropsAndDuplicatesSpoilTransfersRepeatablyBySeed) {
+    const Bytes clean = NoisyTransfer(LineFaults{}, 1);
+    ASSERT_EQ(clean.size(), 255u * 32 + 2);
+    EXPECT_EQ(clean[255 * 32], Xor(clean, 255 * 32));
+
+    LineFaults bits;
+    bits.bitErrors = 1e-3;
+    Bytes version;
+    const Bytes noisy = NoisyTransfer(bits, 7, &version);
+    EXPECT_EQ(version, (Bytes{2, 27, 0x12, 0x67}));  // only the transfers are spoilt
+    ASSERT_EQ(noisy.size(), clean.size());
+    int flipped = 0;
+    for (size_t i = 0; i < clean.size(); ++i) flipped += __builtin_popcount(clean[i] ^ noisy[i]);
+    EXPECT_GT(flipped, 30);  // about 65 of 65,296 bits
+    EXPECT_LT(flipped, 110);
+    EXPECT_EQ(NoisyTransfer(bits, 7), noisy);
+    EXPECT_NE(NoisyTransfer(bits, 8), noisy);
+    bits.everywhere = true;
+    bits.bitErrors = 0.3;
+    NoisyTransfer(bits, 7, &version);
+    EXPECT_NE(version, (Bytes{2, 27, 0x12, 0x67}));
+
+    LineFaults drop;
+    drop.drop = 0.01;
+    const Bytes dropped = NoisyTransfer(drop, 3);
+    EXPECT_GT(dropped.size(), clean.size() - 140);
+    EXPECT_LT(dropped.size(), clean.size() - 40);
+    EXPECT_TRUE(IsSubsequence(dropped, clean));
+
+    LineFaults dup;
+    dup.dup = 0.01;
+    const Bytes doubled = NoisyTransfer(dup, 3);
+    EXPECT_GT(doubled.size(), clean.size() + 40);
+    EXPECT_LT(doubled.size(), clean.size() + 140);
+    EXPECT_TRUE(IsSubsequence(clean, doubled));
+}
+
+TEST(LoggerEmuFaults, AStallHoldsTheLineAfterTheGivenByteCount) {
+    EmuOptions o = Unpaced();
+    o.faults.stallSeconds = 0.5;
+    o.faults.stallAtByte = 100;
+    Line line(o, {CountingRun(100)});
+    ASSERT_EQ(line.Ask("s\x04", 1).size(), 1u);  // byte 1
+    line.Send(Bytes{'M', 0});
+    const Clock::time_point t0 = Clock::now();
+    EXPECT_EQ(line.Read(99, 0.3).size(), 99u);
+    EXPECT_LT(Since(t0), 0.2);
+    EXPECT_EQ(line.Read(29, 1.0).size(), 29u);
+    EXPECT_GT(Since(t0), 0.45);
+    EXPECT_EQ(line.Ask("O", 128).size(), 128u);  // once only
+    EXPECT_LT(Since(t0), 0.9);
+}
+
+TEST(LoggerEmuFaults, ADeadDeviceIsSilentAndAnUnpluggedOneHangsUp) {
+    {
+        EmuOptions o = Unpaced();
+        o.faults.dieAfter = 2;
+        Line line(o, {CountingRun(1000)});
+        ASSERT_EQ(line.Ask("s\x04", 1).size(), 1u);
+        EXPECT_EQ(line.Ask(Bytes{'M', 0}, 128).size(), 128u);
+        EXPECT_EQ(line.Ask("\x04", 128).size(), 128u);
+        EXPECT_TRUE(line.Ask("O", 1, 0.3).empty());
+        EXPECT_TRUE(line.Ask("A", 1, 0.1).empty());
+        EXPECT_TRUE(line.Ask("V", 1, 0.3).empty());
+        EXPECT_FALSE(line.HungUp());
+    }
+    {
+        EmuOptions o = Unpaced();
+        o.faults.quitAfter = 1;
+        Line line(o, {CountingRun(1000)});
+        ASSERT_EQ(line.Ask("s\x04", 1).size(), 1u);
+        EXPECT_EQ(line.Ask(Bytes{'M', 0}, 128).size(), 128u);
+        EXPECT_TRUE(line.Ask("O", 1, 1.0).empty());
+        EXPECT_TRUE(line.HungUp());
+        EXPECT_EQ(line.Emu().TransfersSent(), 1);
+    }
+}
+
+TEST(LoggerEmuFaults, WrongFamilyByteAndOldFirmware) {
+    {
+        EmuOptions o = Unpaced();
+        o.logger.familyByte = 7;
+        o.logger.oldFirmware = true;
+        Line line(o, {});
+        EXPECT_EQ(line.Ask("V", 4), (Bytes{7, 27, 0x12, 0x67}));
+        EXPECT_TRUE(line.Ask("h", 1, 0.3).empty());
+        // Nothing is waiting for a trigger byte: the next command is heard.
+        EXPECT_EQ(line.Ask("H", 2), (Bytes{'Y', '\r'}));
+    }
+    {
+        EmuOptions o = Unpaced(Family::SV63);
+        o.logger.oldFirmware = true;
+        Line line(o, {});
+        WakeMeter(line);
+        EXPECT_TRUE(line.Ask("e", 1, 0.3).empty());
+        EXPECT_EQ(line.Ask("V", 4).size(), 4u);
+    }
+}
+
+TEST(LoggerEmu, TranscriptListsEachCommandWithItsReplyLength) {
+    const std::string path = ::testing::TempDir() + "logger_emu_transcript.txt";
+    {
+        EmuOptions o = Unpaced();
+        o.logPath = path;
+        o.logger.checksumOn = true;
+        Line line(o, {CountingRun(100)});
+        line.Ask("V", 4);
+        line.Ask("N", 18);
+        line.Ask("s\x04", 1);
+        line.Ask(Bytes{'M', 0}, 130);
+        line.Ask("\x02", 66);
+        line.Ask("A", 1, 0.1);
+        line.Close();
+        std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    }
+    std::ifstream f(path);
+    std::stringstream text;
+    text << f.rdbuf();
+    std::vector<std::string> lines;
+    std::string l;
+    while (std::getline(text, l)) lines.push_back(l.substr(l.find(' ') + 1));
+    EXPECT_EQ(lines, (std::vector<std::string>{"-- port opened", "V 4", "N 18", "s 4 1", "M 0 130",
+                                               "count 2 66", "A 0", "-- port closed"}));
+    std::remove(path.c_str());
+}
+
 }  // namespace
 }  // namespace tl::sim
