@@ -23,6 +23,7 @@ int RunGraph(const std::vector<std::string>& args);
 int RunMap(const std::vector<std::string>& args);
 int RunChart(const std::vector<std::string>& args);
 int RunPerformance(const std::vector<std::string>& args);
+int RunLogger(const std::vector<std::string>& args);
 
 // The table main dispatches on; a new subcommand adds one line here.
 inline const Command kCommands[] = {
@@ -88,6 +89,14 @@ inline const Command kCommands[] = {
      "SummaryPerformance.cfg template; --trigger is the launch acceleration in g (default 0.2), "
      "--mph, --feet and --assembled choose the other unit or the assembled timings.",
      RunPerformance},
+    {"logger",
+     "logger [--config-dir DIR] [--family F] [--vehicle V] --port DEVICE info|list|"
+     "download K [K ...] [-o DIR]|erase --yes",
+     "Talk to a logger on a serial device: info prints its family byte and serial number, "
+     "list its run directory (\"run <k> bytes=<frames> ...\" per run, then \"runs <count>\"), "
+     "download fetches runs K as the download form does and saves each as a .run file in DIR "
+     "(default the configured RunPath), erase clears the logger's memory.",
+     RunLogger},
 };
 
 // Writes the usage of one command, or of all when name is empty.

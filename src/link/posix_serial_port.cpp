@@ -5,6 +5,7 @@
 #include <termios.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <chrono>
 #include <ctime>
@@ -58,26 +59,28 @@ bool PosixSerialPort::Open(const std::string& device, int& errorNumber) {
 void PosixSerialPort::Close() {
     if (fd_ >= 0) ::close(fd_);
     fd_ = -1;
+    in_.clear();
+}
+
+void PosixSerialPort::Drain() {
+    uint8_t buf[4096];
+    while (fd_ >= 0 && in_.size() < size_t(kInBufferSize)) {
+        const size_t room = std::min(sizeof buf, size_t(kInBufferSize) - in_.size());
+        const ssize_t n = ::read(fd_, buf, room);
+        if (n <= 0) break;
+        in_.insert(in_.end(), buf, buf + n);
+    }
 }
 
 int PosixSerialPort::BytesWaiting() {
-    if (fd_ < 0) return 0;
-    int n = 0;
-    if (::ioctl(fd_, FIONREAD, &n) != 0) return 0;
-    return n < kInBufferSize ? n : kInBufferSize;
+    Drain();
+    return static_cast<int>(in_.size());
 }
 
 std::vector<uint8_t> PosixSerialPort::ReadAll() {
+    Drain();
     std::vector<uint8_t> out;
-    if (fd_ < 0) return out;
-    int waiting = BytesWaiting();
-    uint8_t buf[4096];
-    while (waiting > 0) {
-        const ssize_t n = ::read(fd_, buf, sizeof buf < size_t(waiting) ? sizeof buf : waiting);
-        if (n <= 0) break;
-        out.insert(out.end(), buf, buf + n);
-        waiting -= static_cast<int>(n);
-    }
+    out.swap(in_);
     return out;
 }
 

@@ -24,7 +24,12 @@ class PosixSerialPort final : public SerialPort {
     void Write(const std::vector<uint8_t>& bytes) override;
 
   private:
+    // Moves what the device holds into the input buffer, up to its size.
+    void Drain();
     int fd_ = -1;
+    // The input buffer (16384 bytes): a terminal's own queue holds only a
+    // few kilobytes, less than one transfer.
+    std::vector<uint8_t> in_;
 };
 
 // Seconds since local midnight from the system clock; DoEvents sleeps a
