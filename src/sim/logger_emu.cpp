@@ -18,6 +18,8 @@ LoggerEmu::LoggerEmu(const EmuOptions& options, std::vector<EmuRun> runs)
     if (options_.baud > 0)
         byteTime_ = std::chrono::duration_cast<Clock::duration>(
             std::chrono::duration<double>(10.0 / options_.baud));
+    latency_ = std::chrono::duration_cast<Clock::duration>(
+        std::chrono::duration<double>(options_.latencyMs / 1000.0));
 }
 
 LoggerEmu::~LoggerEmu() {
@@ -168,8 +170,15 @@ LoggerEmu::Clock::time_point LoggerEmu::SendDue(Clock::time_point now) {
         if (nextDue_ < p.notBefore) nextDue_ = p.notBefore;
         size_t n = p.bytes.size() - p.pos;
         if (byteTime_.count() > 0) {
-            if (now < nextDue_) return nextDue_;
-            const auto due = static_cast<size_t>((now - nextDue_) / byteTime_) + 1;
+            // Behind an adapter's latency timer the bytes due come out together
+            // at its ticks.
+            Clock::time_point gate = now;
+            if (latency_.count() > 0) gate = start_ + (now - start_) / latency_ * latency_;
+            if (gate < nextDue_) {
+                if (latency_.count() == 0) return nextDue_;
+                return start_ + ((nextDue_ - start_) / latency_ + 1) * latency_;
+            }
+            const auto due = static_cast<size_t>((gate - nextDue_) / byteTime_) + 1;
             n = std::min(n, due);
         }
         n = std::min<size_t>(n, 4096);

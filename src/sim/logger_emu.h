@@ -30,6 +30,9 @@ struct LineFaults {
 struct EmuOptions {
     LoggerSettings logger;
     int baud = 115200;  // a byte every 10 bits; 0 sends as fast as the line takes
+    // 0: each byte when it is due. Otherwise the bytes due come out together
+    // every this many milliseconds, as behind a USB adapter's latency timer.
+    double latencyMs = 0.0;
     uint64_t seed = 1;
     LineFaults faults;
     std::string logPath;  // the transcript; empty for none
@@ -82,6 +85,7 @@ class LoggerEmu {
     std::FILE* log_ = nullptr;
     Clock::time_point start_;
     Clock::duration byteTime_{};
+    Clock::duration latency_{};
     Clock::time_point nextDue_;
     std::deque<Pending> queue_;
     std::vector<uint8_t> carry_;  // written bytes the line did not take yet

@@ -39,6 +39,8 @@ const char* kUsage =
     "  --erase-seconds S   how long an erase takes (default 1)\n"
     "The line:\n"
     "  --baud B            line rate, a byte every 10 bits (default 115200; 0 unpaced)\n"
+    "  --latency MS        bytes come out together every MS milliseconds, as behind a USB\n"
+    "                      serial adapter (16 is usual; default 0, each byte when due)\n"
     "  --bit-errors RATE   chance of each bit of a transfer being flipped\n"
     "  --drop RATE         chance of each byte of a transfer being lost\n"
     "  --dup RATE          chance of each byte of a transfer coming twice\n"
@@ -150,6 +152,8 @@ int LoggerEmuMain(int argc, char** argv) {
             options.logger.eraseSeconds = num;
         } else if (a == "--baud" && num >= 0 && num <= 10000000) {
             options.baud = static_cast<int>(num);
+        } else if (a == "--latency" && num >= 0 && num <= 1000) {
+            options.latencyMs = num;
         } else if (a == "--bit-errors" && num >= 0 && num <= 1) {
             options.faults.bitErrors = num;
         } else if (a == "--drop" && num >= 0 && num <= 1) {

@@ -534,5 +534,29 @@ TEST(LoggerEmu, TranscriptListsEachCommandWithItsReplyLength) {
     std::remove(path.c_str());
 }
 
+TEST(LoggerEmu, BehindALatencyTimerTheBytesComeInGroupsAtTheSameRate) {
+    EmuOptions o;
+    o.baud = 9600;
+    o.latencyMs = 50;
+    o.logger.checksumOn = true;
+    Line line(o, {CountingRun(100)});
+    ASSERT_EQ(line.Ask("s\x04", 1).size(), 1u);
+    line.Send(Bytes{'M', 0});
+    const Clock::time_point t0 = Clock::now();
+    size_t got = 0;
+    int groups = 0;
+    while (got < 130) {
+        const Bytes b = line.Read(1, 1.0);
+        if (b.empty()) break;
+        got += b.size();
+        ++groups;
+    }
+    const double all = Since(t0);
+    EXPECT_EQ(got, 130u);
+    EXPECT_LE(groups, 8);  // 135 ms of bytes at 50 ms ticks; unpaced by a tick they are 130 reads
+    EXPECT_GT(all, 0.135 * 0.9);
+    EXPECT_LT(all, 0.135 * 1.6 + 0.15);
+}
+
 }  // namespace
 }  // namespace tl::sim
