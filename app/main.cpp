@@ -79,6 +79,7 @@
 #include "core/build_profile.h"
 #include "core/config_store.h"
 #include "platform/qt/qt_platform.h"
+#include "platform/qt/qt_serial_port.h"
 #include "results/laps.h"
 #include "results/measurements_form.h"
 #include "results/track_markers.h"
@@ -398,6 +399,7 @@ int main(int argc, char** argv) {
     }
 
     tl::qt::QtPlatform& platform = tl::qt::InstallQtPlatform();
+    tl::qt::InstallQtSerialPort();
     tl::shell::QtStartupUi ui(platform);
 
     QTimer answerer;
