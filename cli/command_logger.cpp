@@ -14,6 +14,7 @@
 
 #include "cli/cli_common.h"
 #include "cli/commands.h"
+#include "core/build_profile.h"
 #include "core/platform.h"
 #include "link/download.h"
 #include "link/logger_setup.h"
@@ -85,6 +86,13 @@ int RunLogger(const std::vector<std::string>& args) {
 
     Engine engine;
     if (!engine.Start(parsed, std::cerr)) return kExitFailed;
+    if (!Profile().PlaneFamily()) {
+        // The MQ7 and SW63 families have no serial link of this kind: their
+        // runs come on cards.
+        std::cerr << "tracelab-cli logger: the logger link serves HX40 loggers and SV63 meters; "
+                     "choose one with --family hx40 or --family sv63\n";
+        return kExitUsage;
+    }
     InterruptibleClock clock;
     Platform platform = engine.platform().AsPlatform();
     platform.memory = nullptr;

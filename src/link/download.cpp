@@ -6,6 +6,7 @@
 #include <filesystem>
 
 #include "convert/gps.h"
+#include "core/build_profile.h"
 #include "core/config_store.h"
 #include "core/log.h"
 #include "core/ui_services.h"
@@ -111,6 +112,34 @@ std::string RunListLine(const ListedRun& run, Family family) {
     }
 }
 
+namespace {
+
+// Lets the line settle before the directory is read: polls until no byte has
+// come for 0.02 s (or the abort flag is up). The directory is asked for 5
+// bytes at a time and "what is there" is added; the logger sends the whole
+// reply in one burst, and the original's reads came long enough after the
+// wait to take all of it. Read the moment 5 bytes wait, on a line that
+// delivers byte by byte, a tail of fewer than 5 would never satisfy the next
+// wait and the directory would read as corrupted.
+void SettleLine() {
+    int noted = InBufferCount();
+    double quietSince = Timer();
+    for (;;) {
+        if (Link().AbortFlag) return;
+        const int waiting = InBufferCount();
+        const double now = Timer();
+        if (waiting != noted || now + 0.01 < quietSince) {
+            noted = waiting;
+            quietSince = now;
+        } else if (now - quietSince >= 0.02) {
+            return;
+        }
+        DoEvents();
+    }
+}
+
+}  // namespace
+
 void CheckRunsAvailable(DownloadControl& form) {
     Link().InputMode = 1;
     Pause(0.5);
@@ -122,6 +151,7 @@ void CheckRunsAvailable(DownloadControl& form) {
         form.ListedRunCount = -1;
         return;
     }
+    SettleLine();
     std::vector<uint8_t> reply = InputBytes();
     auto complete = [&] {
         if (reply.size() < 5 || (reply.size() - 5) % 13 != 0) return false;
@@ -130,10 +160,11 @@ void CheckRunsAvailable(DownloadControl& form) {
         return true;
     };
     while (!complete()) {
-        if (!WaitForSerialInput(static_cast<int>(5))) {
+        if (!WaitForSerialInput(5)) {
             form.ListedRunCount = -1;
             return;
         }
+        SettleLine();
         const std::vector<uint8_t> more = InputBytes();
         reply.insert(reply.end(), more.begin(), more.end());
     }
@@ -174,6 +205,12 @@ int StoredPacketCount() {
 }
 
 bool AdaptiveDownloadRun(DownloadControl& form, int run) {
+    // Frames go to the eight planes of the HX40 and SV63 families; a profile
+    // of another family has no planes to take them.
+    if (!Profile().PlaneFamily()) {
+        LogDebug("download refused: the build's family keeps no frames");
+        return false;
+    }
     const ListedRun& listed = form.runs.at(run - 1);
     const int32_t length = listed.RunByteLength;
     const double start = Timer();

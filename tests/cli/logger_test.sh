@@ -79,6 +79,16 @@ out=$(logger info) || fail "info exit $?"
 out=$(logger list) || fail "list exit $?"
 [ "$out" = "$(printf 'run 1 bytes=30188 number=0 end=30188 type=0 time=-\nruns 1')" ] || fail "list: $out"
 
+# The directory at the true line rate, its bytes coming one by one.
+start_emu
+out=$(logger list) || fail "list at 115200 exit $?"
+[ "$out" = "$(printf 'run 1 bytes=30188 number=0 end=30188 type=0 time=-\nruns 1')" ] ||
+    fail "list at 115200: $out"
+# A family without this link is refused before anything is sent.
+"$CLI" logger --config-dir "$WORK/cfg" --family mq7 --port "$DEV" list >/dev/null 2>err.txt
+[ $? -eq 2 ] || fail "mq7 is a usage error"
+grep -q "HX40 loggers and SV63 meters" err.txt || fail "mq7: $(cat err.txt)"
+
 download_case clean
 download_case bit-errors --bit-errors 1e-5
 download_case stall --stall 2@50000
