@@ -66,7 +66,8 @@ inline const Command kCommands[] = {
      "Load and process the runs and draw the track map as its window draws it, the whole track "
      "in view: the paths of the runs given by --runs (default 1), coloured by the variable "
      "--var (default \"No Color Coding\"), with the track markers (--laps places the lap "
-     "marker first, --auto-sectors N also the sectors, whose names stand on the map), the colour strip and the scale bar.",
+     "marker first, --auto-sectors N also the sectors, whose names stand on the map), the colour "
+     "strip and the scale bar.",
      RunMap},
     {"chart",
      "chart [--config-dir DIR] [--family F] [--vehicle V] FILE.run... --var NAME [--run N ...] "
