@@ -1,9 +1,12 @@
 #include "cli/cli_common.h"
 #include "cli/commands.h"
 
+#include <sys/stat.h>
 #include <unistd.h>
+#include <QGuiApplication>
 
 #include <cstdio>
+#include <cstdlib>
 #include <filesystem>
 #include <iostream>
 
@@ -12,9 +15,12 @@
 #include "core/platform.h"
 #include "core/support.h"
 #include "files/raw_run_files.h"
+#include "platform/render/painter_surface.h"
 #include "results/laps.h"
+#include "road/convert_driver.h"
 #include "road/run_road.h"
 #include "road/startup.h"
+#include "store/catalogue.h"
 #include "store/run_procedures.h"
 #include "store/run_store.h"
 
@@ -266,6 +272,85 @@ bool PrepareLapsAndSectors(const char* command, const ParsedArgs& args) {
     }
     CheckInternalDataStillValid();
     return true;
+}
+
+std::string OutputPath(const ParsedArgs& args) {
+    return args.Value("o").empty() ? args.Value("output") : args.Value("o");
+}
+
+bool ParseSize(const std::string& text, int& w, int& h) {
+    const size_t x = text.find('x');
+    if (x == std::string::npos) return false;
+    const std::string a = text.substr(0, x), b = text.substr(x + 1);
+    if (!ValidNumber(a) || !ValidNumber(b)) return false;
+    w = static_cast<int>(GetVal_NI(a));
+    h = static_cast<int>(GetVal_NI(b));
+    return w >= 100 && h >= 100 && w <= 20000 && h <= 20000;
+}
+
+bool SplitCondition(const std::string& text, std::string& name, std::string& lo, std::string& hi) {
+    const size_t b = text.rfind(':');
+    const size_t a = b == std::string::npos || b == 0 ? std::string::npos : text.rfind(':', b - 1);
+    if (a == std::string::npos) return false;
+    name = text.substr(0, a);
+    lo = text.substr(a + 1, b - a - 1);
+    hi = text.substr(b + 1);
+    return true;
+}
+
+void StartGuiForFonts(std::unique_ptr<QGuiApplication>& app) {
+    if (QGuiApplication::instance() != nullptr) return;
+    setenv("QT_QPA_PLATFORM", "offscreen", 0);
+    if (std::getenv("XDG_RUNTIME_DIR") == nullptr) {
+        // Qt's own fallback, made here so that it says nothing about it.
+        const std::string dir = "/tmp/runtime-" + std::to_string(::getuid());
+        ::mkdir(dir.c_str(), 0700);
+        setenv("XDG_RUNTIME_DIR", dir.c_str(), 0);
+    }
+    static int argc = 1;
+    static char name[] = "tracelab-cli";
+    static char* argv[] = {name, nullptr};
+    app = std::make_unique<QGuiApplication>(argc, argv);
+}
+
+int LoadAndProcess(const char* command, const ParsedArgs& args, bool& allLoaded) {
+    allLoaded = LoadFiles(command, args.positional);
+    if (Store().RunCount == 0) return kExitFailed;
+    for (int32_t n = 1; n <= Store().RunCount; ++n) ConvertRawToRunData(n, true);
+    if (args.flags.count("laps") && !PrepareLapsAndSectors(command, args)) return kExitUsage;
+    return kExitOk;
+}
+
+bool KnownVariable(const char* command, const std::string& name) {
+    const int slot = FindVar(name);
+    if (slot != kNoDataSlot && Catalogue().RunVars[slot].Enabled) return true;
+    std::cerr << "tracelab-cli " << command << ": no variable \"" << name
+              << "\" in this selection\n";
+    return false;
+}
+
+bool RunsLoaded(const char* command, const std::vector<std::string>& runs) {
+    for (const std::string& r : runs)
+        if (GetVal_NI(r) > Store().RunCount) {
+            std::cerr << "tracelab-cli " << command << ": there is no run " << r << " ("
+                      << Store().RunCount << " loaded)\n";
+            return false;
+        }
+    return true;
+}
+
+bool WriteCopy(const char* command, const std::string& path, const std::string& text) {
+    if (WriteFileAtomically(path, text)) return true;
+    std::cerr << "tracelab-cli " << command << ": " << path << " could not be written\n";
+    return false;
+}
+
+bool WritePicture(const char* command, const std::string& path, int width, int height,
+                  const std::function<void(DrawSurface&)>& draw) {
+    std::string error;
+    if (render::RenderToFile(path, width, height, draw, &error)) return true;
+    std::cerr << "tracelab-cli " << command << ": " << error << '\n';
+    return false;
 }
 
 }  // namespace tl::cli

@@ -5,6 +5,7 @@
 // writes the program's messages to stderr.
 #pragma once
 
+#include <functional>
 #include <iosfwd>
 #include <map>
 #include <memory>
@@ -13,6 +14,12 @@
 #include <vector>
 
 #include "core/scripted_platform.h"
+
+class QGuiApplication;
+
+namespace tl {
+class DrawSurface;
+}
 
 namespace tl::cli {
 
@@ -94,6 +101,40 @@ int UsageError(const char* command, const std::string& error);
 // recomputes crossings and time slip. False, with the reason on stderr, when
 // the sector count is not a number.
 bool PrepareLapsAndSectors(const char* command, const ParsedArgs& args);
+
+// What the commands that draw (chart, graph, map) share.
+
+// The picture's path: -o OUT or --output OUT, empty when neither is given.
+std::string OutputPath(const ParsedArgs& args);
+// --size WIDTHxHEIGHT in pixels, 100 to 20000 each; false when it is not.
+bool ParseSize(const std::string& text, int& w, int& h);
+// NAME:LO:HI split from the right, as names may hold colons ("S:", "U:");
+// false when it holds no two colons.
+bool SplitCondition(const std::string& text, std::string& name, std::string& lo, std::string& hi);
+
+// Text needs Qt's font database: an application without a screen, made in
+// `app` unless one runs already.
+void StartGuiForFonts(std::unique_ptr<QGuiApplication>& app);
+
+// The run files of the command line loaded, and every run processed as
+// export --stage all does; with --laps the automatic lap marker (and sectors)
+// placed too. kExitOk when there is something to show, else the exit code;
+// allLoaded says whether every file was taken.
+int LoadAndProcess(const char* command, const ParsedArgs& args, bool& allLoaded);
+
+// False, with a line on stderr, when the variable is not an enabled one of
+// the catalogue.
+bool KnownVariable(const char* command, const std::string& name);
+// False, with a line on stderr, when a run number is beyond those loaded.
+bool RunsLoaded(const char* command, const std::vector<std::string>& runs);
+
+// The copy command's text written to `path`; false, with a line on stderr,
+// when it could not be.
+bool WriteCopy(const char* command, const std::string& path, const std::string& text);
+// The picture drawn to `path` (.png, .svg, .pdf) through `draw`; false, with
+// the reason on stderr, when it could not be.
+bool WritePicture(const char* command, const std::string& path, int width, int height,
+                  const std::function<void(DrawSurface&)>& draw);
 
 // The directory of the running executable.
 std::string ExecutableDir();

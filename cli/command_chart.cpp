@@ -10,11 +10,8 @@
 // is the surface in pixels at 96 dpi (1 px = 15 twips). --copy writes what
 // the copy command puts on the clipboard, -o draws the picture through the
 // window's own drawing code.
-#include <sys/stat.h>
-#include <unistd.h>
 #include <QGuiApplication>
 
-#include <cstdlib>
 #include <iostream>
 #include <memory>
 
@@ -32,49 +29,14 @@
 namespace tl::cli {
 namespace {
 
-bool ParseSize(const std::string& text, int& w, int& h) {
-    const size_t x = text.find('x');
-    if (x == std::string::npos) return false;
-    const std::string a = text.substr(0, x), b = text.substr(x + 1);
-    if (!ValidNumber(a) || !ValidNumber(b)) return false;
-    w = static_cast<int>(GetVal_NI(a));
-    h = static_cast<int>(GetVal_NI(b));
-    return w >= 100 && h >= 100 && w <= 20000 && h <= 20000;
-}
-
-bool KnownVariable(const std::string& name) {
-    const int slot = FindVar(name);
-    return slot != kNoDataSlot && Catalogue().RunVars[slot].Enabled;
-}
-
 struct Condition {
     std::string name, lo, hi;
 };
 
 // NAME:LO:HI, split from the right: names may hold colons ("S:", "U:").
 bool ParseCondition(const std::string& text, Condition& c) {
-    const size_t b = text.rfind(':');
-    const size_t a = b == std::string::npos || b == 0 ? std::string::npos : text.rfind(':', b - 1);
-    if (a == std::string::npos || a == 0) return false;
-    c.name = text.substr(0, a);
-    c.lo = text.substr(a + 1, b - a - 1);
-    c.hi = text.substr(b + 1);
-    return ValidNumber(c.lo) && ValidNumber(c.hi);
-}
-
-void StartGuiForFonts(std::unique_ptr<QGuiApplication>& app) {
-    if (QGuiApplication::instance() != nullptr) return;
-    setenv("QT_QPA_PLATFORM", "offscreen", 0);
-    if (std::getenv("XDG_RUNTIME_DIR") == nullptr) {
-        // Qt's own fallback, made here so that it says nothing about it.
-        const std::string dir = "/tmp/runtime-" + std::to_string(::getuid());
-        ::mkdir(dir.c_str(), 0700);
-        setenv("XDG_RUNTIME_DIR", dir.c_str(), 0);
-    }
-    static int argc = 1;
-    static char name[] = "tracelab-cli";
-    static char* argv[] = {name, nullptr};
-    app = std::make_unique<QGuiApplication>(argc, argv);
+    return SplitCondition(text, c.name, c.lo, c.hi) && !c.name.empty() && ValidNumber(c.lo) &&
+           ValidNumber(c.hi);
 }
 
 }  // namespace
@@ -90,8 +52,7 @@ int RunChart(const std::vector<std::string>& args) {
     if (!parsed.error.empty()) return UsageError("chart", parsed.error);
     const std::vector<std::string> runs = parsed.all["run"];
     const std::vector<std::string> ifs = parsed.all["if"];
-    const std::string output =
-        parsed.Value("o").empty() ? parsed.Value("output") : parsed.Value("o");
+    const std::string output = OutputPath(parsed);
     const std::string var = parsed.Value("var");
     if (parsed.positional.empty()) return UsageError("chart", "no run file given");
     if (var.empty()) return UsageError("chart", "no variable to count (--var NAME)");
@@ -125,21 +86,12 @@ int RunChart(const std::vector<std::string>& args) {
 
     Engine engine;
     if (!engine.Start(parsed, std::cerr)) return kExitFailed;
-    const bool allLoaded = LoadFiles("chart", parsed.positional);
-    if (Store().RunCount == 0) return kExitFailed;
-    for (int32_t n = 1; n <= Store().RunCount; ++n) ConvertRawToRunData(n, true);
+    bool allLoaded = false;
+    if (const int code = LoadAndProcess("chart", parsed, allLoaded); code != kExitOk) return code;
 
     for (const std::string& name : {var, conditions.empty() ? var : conditions.front().name})
-        if (!KnownVariable(name)) {
-            std::cerr << "tracelab-cli chart: no variable \"" << name << "\" in this selection\n";
-            return kExitUsage;
-        }
-    for (const std::string& r : runs)
-        if (GetVal_NI(r) > Store().RunCount) {
-            std::cerr << "tracelab-cli chart: there is no run " << r << " (" << Store().RunCount
-                      << " loaded)\n";
-            return kExitFailed;
-        }
+        if (!KnownVariable("chart", name)) return kExitUsage;
+    if (!RunsLoaded("chart", runs)) return kExitFailed;
 
     BarChart chart;
     chart.Load(1);
@@ -177,22 +129,15 @@ int RunChart(const std::vector<std::string>& args) {
     }
     chart.ChartTab_Click(ChartTabs::BarChart);
 
-    if (!output.empty()) {
-        std::string error;
-        if (!render::RenderToFile(
-                output, width, height,
-                [&](DrawSurface& surface) { GraphBox_Paint(chart, surface); }, &error)) {
-            std::cerr << "tracelab-cli chart: " << error << '\n';
-            return kExitFailed;
-        }
-    }
+    if (!output.empty() && !WritePicture("chart", output, width, height, [&](DrawSurface& surface) {
+            GraphBox_Paint(chart, surface);
+        }))
+        return kExitFailed;
     // After the picture: the legends it gave the charts head the copy's
     // columns.
     if (!parsed.Value("copy").empty() &&
-        !WriteFileAtomically(parsed.Value("copy"), chart.ClipboardText())) {
-        std::cerr << "tracelab-cli chart: " << parsed.Value("copy") << " could not be written\n";
+        !WriteCopy("chart", parsed.Value("copy"), chart.ClipboardText()))
         return kExitFailed;
-    }
     return allLoaded ? kExitOk : kExitFailed;
 }
 

@@ -12,12 +12,9 @@
 // decides the tick counts. --axes prints a line per active slot after
 // ReGenerateGraph, --copy writes what the copy command puts on the clipboard,
 // -o draws the picture through the window's own drawing code.
-#include <sys/stat.h>
-#include <unistd.h>
 #include <QGuiApplication>
 
 #include <cstdio>
-#include <cstdlib>
 #include <iostream>
 #include <memory>
 
@@ -42,21 +39,6 @@ std::string Number(double v) {
     return buf;
 }
 
-bool ParseSize(const std::string& text, int& w, int& h) {
-    const size_t x = text.find('x');
-    if (x == std::string::npos) return false;
-    const std::string a = text.substr(0, x), b = text.substr(x + 1);
-    if (!ValidNumber(a) || !ValidNumber(b)) return false;
-    w = static_cast<int>(GetVal_NI(a));
-    h = static_cast<int>(GetVal_NI(b));
-    return w >= 100 && h >= 100 && w <= 20000 && h <= 20000;
-}
-
-bool KnownVariable(const std::string& name) {
-    const int slot = FindVar(name);
-    return slot != kNoDataSlot && Catalogue().RunVars[slot].Enabled;
-}
-
 }  // namespace
 
 int RunGraph(const std::vector<std::string>& args) {
@@ -70,8 +52,7 @@ int RunGraph(const std::vector<std::string>& args) {
     if (!parsed.error.empty()) return UsageError("graph", parsed.error);
     const std::vector<std::string> ys = parsed.all["y"];
     const std::vector<std::string> runs = parsed.all["run"];
-    const std::string output =
-        parsed.Value("o").empty() ? parsed.Value("output") : parsed.Value("o");
+    const std::string output = OutputPath(parsed);
     if (parsed.positional.empty()) return UsageError("graph", "no run file given");
     if (ys.empty()) return UsageError("graph", "no variable to plot (--y NAME)");
     if (ys.size() > kGraphSlots) return UsageError("graph", "at most five --y variables");
@@ -86,63 +67,27 @@ int RunGraph(const std::vector<std::string>& args) {
     if (!points.empty() && points != "all" && (!ValidNumber(points) || GetVal_NI(points) < 1))
         return UsageError("graph", "--points takes a number or all");
     std::string condition = parsed.Value("if"), condName, condLo, condHi;
-    if (!condition.empty()) {
-        // From the right: names may hold colons ("S:", "U:").
-        const size_t b = condition.rfind(':');
-        const size_t a =
-            b == std::string::npos || b == 0 ? std::string::npos : condition.rfind(':', b - 1);
-        if (a == std::string::npos) return UsageError("graph", "--if takes NAME:LO:HI");
-        condName = condition.substr(0, a);
-        condLo = condition.substr(a + 1, b - a - 1);
-        condHi = condition.substr(b + 1);
-    }
+    if (!condition.empty() && !SplitCondition(condition, condName, condLo, condHi))
+        return UsageError("graph", "--if takes NAME:LO:HI");
     if (output.empty() && !parsed.flags.count("axes") && parsed.Value("copy").empty())
         return UsageError("graph", "nothing to do: give -o OUT, --copy FILE or --axes");
 
     // Text needs Qt's font database: an application without a screen.
     std::unique_ptr<QGuiApplication> app;
-    if (!output.empty() && QGuiApplication::instance() == nullptr) {
-        setenv("QT_QPA_PLATFORM", "offscreen", 0);
-        if (std::getenv("XDG_RUNTIME_DIR") == nullptr) {
-            // Qt's own fallback, made here so that it says nothing about it.
-            const std::string dir = "/tmp/runtime-" + std::to_string(::getuid());
-            ::mkdir(dir.c_str(), 0700);
-            setenv("XDG_RUNTIME_DIR", dir.c_str(), 0);
-        }
-        static int argc = 1;
-        static char name[] = "tracelab-cli";
-        static char* argv[] = {name, nullptr};
-        app = std::make_unique<QGuiApplication>(argc, argv);
-    }
+    if (!output.empty()) StartGuiForFonts(app);
 
     Engine engine;
     if (!engine.Start(parsed, std::cerr)) return kExitFailed;
-    const bool allLoaded = LoadFiles("graph", parsed.positional);
-    if (Store().RunCount == 0) return kExitFailed;
-    for (int32_t n = 1; n <= Store().RunCount; ++n) ConvertRawToRunData(n, true);
-    if (parsed.flags.count("laps") && !PrepareLapsAndSectors("graph", parsed)) return kExitUsage;
+    bool allLoaded = false;
+    if (const int code = LoadAndProcess("graph", parsed, allLoaded); code != kExitOk) return code;
 
     const std::string x =
         parsed.values.count("x") ? parsed.Value("x") : Catalogue().RunVars[1].Name;
     for (const std::string& name : ys)
-        if (!KnownVariable(name)) {
-            std::cerr << "tracelab-cli graph: no variable \"" << name << "\" in this selection\n";
-            return kExitUsage;
-        }
-    if (!KnownVariable(x)) {
-        std::cerr << "tracelab-cli graph: no variable \"" << x << "\" in this selection\n";
-        return kExitUsage;
-    }
-    if (!condName.empty() && !KnownVariable(condName)) {
-        std::cerr << "tracelab-cli graph: no variable \"" << condName << "\" in this selection\n";
-        return kExitUsage;
-    }
-    for (const std::string& r : runs)
-        if (GetVal_NI(r) > Store().RunCount) {
-            std::cerr << "tracelab-cli graph: there is no run " << r << " (" << Store().RunCount
-                      << " loaded)\n";
-            return kExitFailed;
-        }
+        if (!KnownVariable("graph", name)) return kExitUsage;
+    if (!KnownVariable("graph", x)) return kExitUsage;
+    if (!condName.empty() && !KnownVariable("graph", condName)) return kExitUsage;
+    if (!RunsLoaded("graph", runs)) return kExitFailed;
 
     GraphModel g;
     g.Load(1);
@@ -195,18 +140,11 @@ int RunGraph(const std::vector<std::string>& args) {
         }
     }
     if (!parsed.Value("copy").empty() &&
-        !WriteFileAtomically(parsed.Value("copy"), g.ClipboardText())) {
-        std::cerr << "tracelab-cli graph: " << parsed.Value("copy") << " could not be written\n";
+        !WriteCopy("graph", parsed.Value("copy"), g.ClipboardText()))
         return kExitFailed;
-    }
-    if (!output.empty()) {
-        std::string error;
-        if (!render::RenderToFile(
-                output, width, height, [&](DrawSurface& s) { Graphbox_Paint(g, s); }, &error)) {
-            std::cerr << "tracelab-cli graph: " << error << '\n';
-            return kExitFailed;
-        }
-    }
+    if (!output.empty() && !WritePicture("graph", output, width, height,
+                                         [&](DrawSurface& s) { Graphbox_Paint(g, s); }))
+        return kExitFailed;
     return allLoaded ? kExitOk : kExitFailed;
 }
 

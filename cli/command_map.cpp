@@ -5,11 +5,8 @@
 // track is shown and drawn through the map's own ReDraw; below the map stand
 // the colour strip with its two ends' values and the scale bar with its
 // label, as the window shows them beside the map.
-#include <sys/stat.h>
-#include <unistd.h>
 #include <QGuiApplication>
 
-#include <cstdlib>
 #include <iostream>
 #include <memory>
 #include <sstream>
@@ -26,16 +23,6 @@
 
 namespace tl::cli {
 namespace {
-
-bool ParseSize(const std::string& text, int& w, int& h) {
-    const size_t x = text.find('x');
-    if (x == std::string::npos) return false;
-    const std::string a = text.substr(0, x), b = text.substr(x + 1);
-    if (!ValidNumber(a) || !ValidNumber(b)) return false;
-    w = static_cast<int>(GetVal_NI(a));
-    h = static_cast<int>(GetVal_NI(b));
-    return w >= 100 && h >= 100 && w <= 20000 && h <= 20000;
-}
 
 // A box of another surface, as a surface of its own: the strips beside the
 // map drawn into the same picture.
@@ -155,8 +142,7 @@ int RunMap(const std::vector<std::string>& args) {
         return kExitOk;
     }
     if (!parsed.error.empty()) return UsageError("map", parsed.error);
-    const std::string output =
-        parsed.Value("o").empty() ? parsed.Value("output") : parsed.Value("o");
+    const std::string output = OutputPath(parsed);
     if (parsed.positional.empty()) return UsageError("map", "no run file given");
     if (output.empty()) return UsageError("map", "no picture to write (-o OUT.png|.svg|.pdf)");
     int width = 1600, height = 900;
@@ -177,53 +163,27 @@ int RunMap(const std::vector<std::string>& args) {
 
     // Text needs Qt's font database: an application without a screen.
     std::unique_ptr<QGuiApplication> app;
-    if (QGuiApplication::instance() == nullptr) {
-        setenv("QT_QPA_PLATFORM", "offscreen", 0);
-        if (std::getenv("XDG_RUNTIME_DIR") == nullptr) {
-            const std::string dir = "/tmp/runtime-" + std::to_string(::getuid());
-            ::mkdir(dir.c_str(), 0700);
-            setenv("XDG_RUNTIME_DIR", dir.c_str(), 0);
-        }
-        static int argc = 1;
-        static char name[] = "tracelab-cli";
-        static char* argv[] = {name, nullptr};
-        app = std::make_unique<QGuiApplication>(argc, argv);
-    }
+    StartGuiForFonts(app);
 
     Engine engine;
     if (!engine.Start(parsed, std::cerr)) return kExitFailed;
-    const bool allLoaded = LoadFiles("map", parsed.positional);
-    if (Store().RunCount == 0) return kExitFailed;
-    for (int32_t n = 1; n <= Store().RunCount; ++n) ConvertRawToRunData(n, true);
-    if (parsed.flags.count("laps") && !PrepareLapsAndSectors("map", parsed)) return kExitUsage;
+    bool allLoaded = false;
+    if (const int code = LoadAndProcess("map", parsed, allLoaded); code != kExitOk) return code;
 
     TrackMapSettings settings;
     if (parsed.values.count("var") && parsed.Value("var") != kNoColorCoding) {
         const std::string var = parsed.Value("var");
-        const int slot = FindVar(var);
-        if (slot == kNoDataSlot || !Catalogue().RunVars[slot].Enabled) {
-            std::cerr << "tracelab-cli map: no variable \"" << var << "\" in this selection\n";
-            return kExitUsage;
-        }
+        if (!KnownVariable("map", var)) return kExitUsage;
         settings.MapColorVar = var;
     }
-    for (const std::string& r : runs)
-        if (GetVal_NI(r) > Store().RunCount) {
-            std::cerr << "tracelab-cli map: there is no run " << r << " (" << Store().RunCount
-                      << " loaded)\n";
-            return kExitFailed;
-        }
+    if (!RunsLoaded("map", runs)) return kExitFailed;
     settings.RunsDisplayed = std::to_string(runs.size());
     settings.RunsInUse = static_cast<int32_t>(runs.size());
     settings.RunToDisplay = runs;
     settings.AniRunNameTxt.assign(runs.size(), std::string());
 
-    std::string error;
-    if (!render::RenderToFile(
-            output, width, height, [&](DrawSurface& s) { DrawPage(s, settings); }, &error)) {
-        std::cerr << "tracelab-cli map: " << error << '\n';
+    if (!WritePicture("map", output, width, height, [&](DrawSurface& s) { DrawPage(s, settings); }))
         return kExitFailed;
-    }
     return allLoaded ? kExitOk : kExitFailed;
 }
 

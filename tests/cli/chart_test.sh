@@ -3,18 +3,7 @@
 # sample counted once, percentages that add up to 100, conditions with
 # strict bounds), the picture files and the refusals.
 # Usage: chart_test.sh PATH/TO/tracelab-cli SAMPLES_DIR
-set -u
-CLI=${1:?usage: chart_test.sh PATH/TO/tracelab-cli SAMPLES_DIR}
-S=${2:?usage: chart_test.sh PATH/TO/tracelab-cli SAMPLES_DIR}
-WORK=$(mktemp -d "${TMPDIR:-/tmp}/tracelab-cli-chart.XXXXXX")
-trap 'rm -rf "$WORK"' EXIT
-passed=0
-failed=0
-check() {
-    local name=$1
-    shift
-    if "$@"; then passed=$((passed + 1)); else echo "FAIL: $name" >&2; failed=$((failed + 1)); fi
-}
+source "$(dirname "$0")/common.sh" chart "$@"
 run=$S/demo_hx40_road.run
 rows=$(($(wc -l <"$S/demo_hx40_road.truth.csv") - 1))
 speed="GPS Speed [kph]"
@@ -61,5 +50,4 @@ check "missing run exit 1" test $? = 1
 check "six charts exit 2" test $? = 2
 "$CLI" chart --config-dir "$WORK/cfg" "$run" --var "$speed" --if "Time [s]" --copy "$WORK/x" >/dev/null 2>&1
 check "bad condition exit 2" test $? = 2
-echo "$passed passed, $failed failed"
-[ "$failed" = 0 ]
+finish

@@ -3,18 +3,7 @@
 # ranges rounded to an even span, the tick counts of the picture's size, the
 # points of the fast plot), the copy text, the picture files and the refusals.
 # Usage: graph_test.sh PATH/TO/tracelab-cli SAMPLES_DIR
-set -u
-CLI=${1:?usage: graph_test.sh PATH/TO/tracelab-cli SAMPLES_DIR}
-S=${2:?usage: graph_test.sh PATH/TO/tracelab-cli SAMPLES_DIR}
-WORK=$(mktemp -d "${TMPDIR:-/tmp}/tracelab-cli-graph.XXXXXX")
-trap 'rm -rf "$WORK"' EXIT
-passed=0
-failed=0
-check() {
-    local name=$1
-    shift
-    if "$@"; then passed=$((passed + 1)); else echo "FAIL: $name" >&2; failed=$((failed + 1)); fi
-}
+source "$(dirname "$0")/common.sh" graph "$@"
 run=$S/demo_mq7_kart.run
 "$CLI" graph --config-dir "$WORK/cfg" "$run" --y "GPS Speed [kph]" --y "Engine Speed [rpm]" \
     --x "Distance [km]" --axes --copy "$WORK/copy.txt" -o "$WORK/g.png" >"$WORK/axes" 2>"$WORK/err"
@@ -51,5 +40,4 @@ check "unknown variable named" grep -q 'no variable "Warp Speed"' "$WORK/unknown
 check "no run file exit 2" test $? = 2
 "$CLI" graph --config-dir "$WORK/cfg" "$run" --y "GPS Speed [kph]" --run 3 --axes >/dev/null 2>&1
 check "missing run exit 1" test $? = 1
-echo "$passed passed, $failed failed"
-[ "$failed" = 0 ]
+finish

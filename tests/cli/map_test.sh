@@ -3,18 +3,7 @@
 # a PNG that holds the track's colours and not just white, and the refusals
 # of an unknown variable and of a run that is not loaded.
 # Usage: map_test.sh PATH/TO/tracelab-cli SAMPLES_DIR
-set -u
-CLI=${1:?usage: map_test.sh PATH/TO/tracelab-cli SAMPLES_DIR}
-S=${2:?usage: map_test.sh PATH/TO/tracelab-cli SAMPLES_DIR}
-WORK=$(mktemp -d "${TMPDIR:-/tmp}/tracelab-cli-map.XXXXXX")
-trap 'rm -rf "$WORK"' EXIT
-passed=0
-failed=0
-check() {
-    local name=$1
-    shift
-    if "$@"; then passed=$((passed + 1)); else echo "FAIL: $name" >&2; failed=$((failed + 1)); fi
-}
+source "$(dirname "$0")/common.sh" map "$@"
 run=$S/demo_hx40_road.run
 "$CLI" map --config-dir "$WORK/cfg" "$run" --var "GPS Speed [kph]" --laps -o "$WORK/m.png" \
     2>"$WORK/err"
@@ -43,5 +32,4 @@ check "missing run named" grep -q 'there is no run 3' "$WORK/missing"
 check "bad run list exit 2" test $? = 2
 "$CLI" map --config-dir "$WORK/cfg" "$run" >/dev/null 2>&1
 check "no output exit 2" test $? = 2
-echo "$passed passed, $failed failed"
-[ "$failed" = 0 ]
+finish
