@@ -174,11 +174,7 @@ TEST_F(BarChartPicture, LinesWithoutBarsCarryCrosses) {
 using BarChartDemoPicture = test::EngineTest;
 
 TEST_F(BarChartDemoPicture, DemoRoadRunBarsAreAsTallAsTheirCounts) {
-    const std::string demo = std::string(TRACELAB_SOURCE_DIR) + "/samples/demo_hx40_road";
-    CopyFileReplacing(demo + ".car", Paths().CarCfgPath);
-    ui.yesNoAnswers.push_back(true);
-    LoadDataFromFile(demo + ".run");
-    ASSERT_EQ(Store().RunCount, 1);
+    ASSERT_EQ(LoadDemoRun(), 1);
     BarChart c;
     c.Load(1);
     c.settings.DisplayVar = "GPS Speed [kph]";

@@ -53,11 +53,7 @@ class GraphCursorsTest : public test::EngineTest {
   protected:
     void SetUp() override {
         test::EngineTest::SetUp();
-        const std::string demo = std::string(TRACELAB_SOURCE_DIR) + "/samples/demo_hx40_road";
-        CopyFileReplacing(demo + ".car", Paths().CarCfgPath);
-        ui.yesNoAnswers.push_back(true);
-        LoadDataFromFile(demo + ".run");
-        ASSERT_EQ(Store().RunCount, 1);
+        ASSERT_EQ(LoadDemoRun(), 1);
         run_ = Store().RunInfo[1];
     }
     // Speed (and engine speed) against time, every row, on a 1200 x 700

@@ -24,11 +24,7 @@ namespace {
 class GraphPicture : public test::EngineTest {
   protected:
     void LoadDemo() {
-        const std::string demo = std::string(TRACELAB_SOURCE_DIR) + "/samples/demo_hx40_road";
-        CopyFileReplacing(demo + ".car", Paths().CarCfgPath);
-        ui.yesNoAnswers.push_back(true);
-        LoadDataFromFile(demo + ".run");
-        ASSERT_EQ(Store().RunCount, 1);
+        ASSERT_EQ(LoadDemoRun(), 1);
     }
     GraphModel Graph(std::initializer_list<const char*> ys) {
         GraphModel g;

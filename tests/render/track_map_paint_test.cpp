@@ -26,7 +26,7 @@
 namespace tl {
 namespace {
 
-const std::string kDemo = std::string(TRACELAB_SOURCE_DIR) + "/samples/demo_hx40_road";
+const std::string kDemo = test::DemoPath("demo_hx40_road");
 
 // Each panel's path, one Line per segment, nothing left out.
 QImage PlainPicture(const TrackMap& map, int widthPx, int heightPx, double dpi) {
@@ -55,10 +55,7 @@ class TrackMapPaintTest : public test::EngineTest {
   protected:
     void SetUp() override {
         test::EngineTest::SetUp();
-        CopyFileReplacing(kDemo + ".car", Paths().CarCfgPath);
-        ui.yesNoAnswers.push_back(true);
-        LoadDataFromFile(kDemo + ".run");
-        ASSERT_EQ(Store().RunCount, 1);
+        ASSERT_EQ(LoadDemoRun(), 1);
         // The path alone: no reference lap, ticks, markers or sections.
         for (TrackMarker& m : Markers().Entries) m.Name.clear();
     }

@@ -28,7 +28,7 @@
 namespace tl {
 namespace {
 
-const std::string kDemo = std::string(TRACELAB_SOURCE_DIR) + "/samples/demo_hx40_road";
+const std::string kDemo = test::DemoPath("demo_hx40_road");
 
 struct RecordedLinks : TrackMapLinks {
     struct Move {
@@ -79,10 +79,7 @@ class TrackMapTest : public test::EngineTest {
   protected:
     void SetUp() override {
         test::EngineTest::SetUp();
-        CopyFileReplacing(kDemo + ".car", Paths().CarCfgPath);
-        ui.yesNoAnswers.push_back(true);
-        LoadDataFromFile(kDemo + ".run");
-        ASSERT_EQ(Store().RunCount, 1);
+        ASSERT_EQ(LoadDemoRun(), 1);
         run_ = Store().RunInfo[1];
         map_.settings.MapColorVar = "GPS Speed [kph]";
         map_.ReDraw();

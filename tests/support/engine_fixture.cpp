@@ -101,6 +101,18 @@ void EngineTest::UseProfile(Family family, Vehicle vehicle) {
     ClearCurrentRun(true);
 }
 
+std::string DemoPath(const std::string& name) {
+    return std::string(TRACELAB_SOURCE_DIR) + "/samples/" + name;
+}
+
+int LoadDemoRun(ScriptedPlatform& ui, const std::string& name) {
+    const std::string demo = DemoPath(name);
+    CopyFileReplacing(demo + ".car", Paths().CarCfgPath);
+    ui.yesNoAnswers.push_back(true);
+    LoadDataFromFile(demo + ".run");
+    return Store().RunCount;
+}
+
 std::string ReadAll(const std::string& path) {
     std::ifstream in(path, std::ios::binary);
     std::ostringstream s;

@@ -42,12 +42,25 @@ void EnableEveryVariable();
 // rows back to back from row 1, each named `name`.
 void LayOutRuns(int runs, int32_t rows, const std::string& name);
 
+// A demo run of samples/ by name ("demo_hx40_road"), without extension: the
+// .run, .car, .truth.csv and .laps.csv stand beside it.
+std::string DemoPath(const std::string& name);
+
+// Loads the demo run `name` as a user does: its .car in place of the car
+// configuration, then the .run, the first load's question answered yes.
+// Returns the number of runs in the store afterwards.
+int LoadDemoRun(ScriptedPlatform& ui, const std::string& name);
+
 class EngineTest : public ::testing::Test {
   protected:
     void SetUp() override;
     void TearDown() override;
     // Re-forms the family paths and rebuilds the empty store for a profile.
     void UseProfile(Family family, Vehicle vehicle);
+    // LoadDemoRun with this test's platform.
+    int LoadDemoRun(const std::string& name = "demo_hx40_road") {
+        return test::LoadDemoRun(ui, name);
+    }
 
     TempDir root;
     ScriptedPlatform ui;

@@ -365,11 +365,8 @@ std::vector<float> TrueSpeeds(const std::string& truthCsv) {
 }
 
 TEST_F(BarChartTest, DemoRoadRunSpeedSpreadFollowsTheSimulation) {
-    const std::string demo = std::string(TRACELAB_SOURCE_DIR) + "/samples/demo_hx40_road";
-    CopyFileReplacing(demo + ".car", Paths().CarCfgPath);
-    ui.yesNoAnswers.push_back(true);
-    LoadDataFromFile(demo + ".run");
-    ASSERT_EQ(Store().RunCount, 1);
+    const std::string demo = test::DemoPath("demo_hx40_road");
+    ASSERT_EQ(LoadDemoRun(), 1);
     const std::vector<float> truth = TrueSpeeds(demo + ".truth.csv");
     ASSERT_GT(truth.size(), 1000u);
     BarChart c;

@@ -22,7 +22,7 @@
 namespace tl {
 namespace {
 
-const std::string kDemo = std::string(TRACELAB_SOURCE_DIR) + "/samples/demo_hx40_road";
+const std::string kDemo = test::DemoPath("demo_hx40_road");
 
 // The simulation's line crossings: time [s] and distance [m].
 struct TrueCrossing {
@@ -49,10 +49,7 @@ class LapOverlay : public test::EngineTest {
   protected:
     void SetUp() override {
         test::EngineTest::SetUp();
-        CopyFileReplacing(kDemo + ".car", Paths().CarCfgPath);
-        ui.yesNoAnswers.push_back(true);
-        LoadDataFromFile(kDemo + ".run");
-        ASSERT_EQ(Store().RunCount, 1);
+        ASSERT_EQ(LoadDemoRun(), 1);
         // The lap marker across the track where the simulated car first
         // crosses its line, as a user places it on the map.
         const std::vector<TrueCrossing> truth = TrueCrossings();

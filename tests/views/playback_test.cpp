@@ -323,13 +323,10 @@ class PlaybackMarkers : public test::EngineTest {
   protected:
     void SetUp() override {
         test::EngineTest::SetUp();
-        const std::string demo = std::string(TRACELAB_SOURCE_DIR) + "/samples/demo_hx40_road";
-        CopyFileReplacing(demo + ".car", Paths().CarCfgPath);
         SetConfig(Paths().TracelabCfgPath, "AutoPlaceLaps", 1);
         SetConfig(Paths().TracelabCfgPath, "AutoPlaceSectors", 0);
-        ui.yesNoAnswers.push_back(true);
-        LoadDataFromFile(demo + ".run");
-        ASSERT_EQ(Store().RunCount, 1);
+        const std::string demo = test::DemoPath("demo_hx40_road");
+        ASSERT_EQ(LoadDemoRun(), 1);
         // The true distance of every row, and the lap's length between the
         // line crossings.
         std::ifstream truth(demo + ".truth.csv");

@@ -124,11 +124,7 @@ class TrackMapDemoTest : public test::EngineTest {
   protected:
     void SetUp() override {
         test::EngineTest::SetUp();
-        const std::string demo = std::string(TRACELAB_SOURCE_DIR) + "/samples/demo_hx40_road";
-        CopyFileReplacing(demo + ".car", Paths().CarCfgPath);
-        ui.yesNoAnswers.push_back(true);
-        LoadDataFromFile(demo + ".run");
-        ASSERT_EQ(Store().RunCount, 1);
+        ASSERT_EQ(LoadDemoRun(), 1);
     }
 };
 

@@ -26,11 +26,8 @@ class ValueTableTest : public test::EngineTest {
   protected:
     void SetUp() override {
         test::EngineTest::SetUp();
-        const std::string demo = std::string(TRACELAB_SOURCE_DIR) + "/samples/demo_hx40_road";
-        CopyFileReplacing(demo + ".car", Paths().CarCfgPath);
-        ui.yesNoAnswers.push_back(true);
-        LoadDataFromFile(demo + ".run");
-        ASSERT_EQ(Store().RunCount, 1);
+        const std::string demo = test::DemoPath("demo_hx40_road");
+        ASSERT_EQ(LoadDemoRun(), 1);
         std::ifstream truth(demo + ".truth.csv");
         std::string line;
         std::getline(truth, line);
