@@ -10,6 +10,7 @@
 #include <cstdlib>
 #include <string>
 
+#include "bench_runs.h"
 #include "core/config_store.h"
 #include "core/scripted_platform.h"
 #include "platform/render/painter_surface.h"
@@ -17,7 +18,6 @@
 #include "store/run_procedures.h"
 #include "store/run_store.h"
 #include "store/slot_columns.h"
-#include "support/engine_fixture.h"
 #include "views/graph_cursors.h"
 #include "views/graph_model.h"
 #include "views/graph_paint.h"
@@ -30,30 +30,11 @@ constexpr int32_t kRows = 360000;
 constexpr int kRuns = 5;
 
 struct Environment {
-    test::TempDir root;
-    ScriptedPlatform ui;
+    bench::HourRuns runs{Family::HX40, {1, 8, 11}, kRuns, kRows};
     GraphModel g;
     render::RasterSurface surface{1600, 900, 96.0};
     Environment(bool multipleX, bool multiNearest) {
-        test::StartEngine(root, ui, Family::HX40, Vehicle::Car);
-        for (int s : {1, 8, 11}) SetConfig(Paths().TracelabCfgPath, PlainVarName(s), -1);
-        SetAvailableVars();
-        test::LayOutRuns(kRuns, kRows, "hour");
-        float* t = SlotColumn(slot::Time);
-        float* v = SlotColumn(slot::SpeedKph);
-        float* d = SlotColumn(slot::DistanceKm);
-        for (int n = 1; n <= kRuns; ++n) {
-            const RunRecord& r = Store().RunInfo[n];
-            double s = 0;
-            for (int32_t k = 0; k < kRows; ++k) {
-                const int32_t i = r.RunStart + k;
-                const double kph = 100.0 + 60.0 * std::sin(s / 300.0) + n;
-                t[i] = static_cast<float>(k / 100.0);
-                v[i] = static_cast<float>(kph);
-                d[i] = static_cast<float>(s / 1000.0);
-                s += kph / 3.6 / 100.0;
-            }
-        }
+        bench::FillSpeedTrace(kRuns, kRows);
         g.Load(1);
         g.settings.MultipleXAxis = multipleX ? 1 : 0;
         g.settings.SelectMultiNearestChk = multiNearest ? 1 : 0;
@@ -70,7 +51,6 @@ struct Environment {
         g.ReGenerateGraph();
         Graphbox_Paint(g, surface);
     }
-    ~Environment() { test::StopEngine(); }
 };
 
 // One playback step per iteration: the cursor of each run moves one row on,

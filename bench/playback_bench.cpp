@@ -14,6 +14,7 @@
 #include <string>
 #include <vector>
 
+#include "bench_runs.h"
 #include "core/config_store.h"
 #include "core/scripted_platform.h"
 #include "platform/render/painter_surface.h"
@@ -21,7 +22,6 @@
 #include "store/run_procedures.h"
 #include "store/run_store.h"
 #include "store/slot_columns.h"
-#include "support/engine_fixture.h"
 #include "views/dashboard.h"
 #include "views/graph_cursors.h"
 #include "views/graph_model.h"
@@ -71,40 +71,24 @@ struct Views : PlaybackViews {
 };
 
 struct Environment {
-    test::TempDir root;
-    ScriptedPlatform ui;
+    bench::HourRuns runs{Family::HX40,
+                         {slot::Time, slot::AccelLong, slot::AccelLat, slot::EngineSpeed,
+                          slot::SpeedKph, slot::DistanceKm},
+                         kRuns,
+                         kRows};
     std::vector<std::unique_ptr<Graph>> graphs;
     std::vector<std::unique_ptr<render::RasterSurface>> dashSurfaces;
     std::vector<std::unique_ptr<Dashboard>> dashboards;
     ValueTable table;
     Environment() {
-        test::StartEngine(root, ui, Family::HX40, Vehicle::Car);
-        for (int s : {slot::Time, slot::AccelLong, slot::AccelLat, slot::EngineSpeed,
-                      slot::SpeedKph, slot::DistanceKm})
-            SetConfig(Paths().TracelabCfgPath, PlainVarName(s), -1);
-        SetAvailableVars();
-        test::LayOutRuns(kRuns, kRows, "hour");
-        float* t = SlotColumn(slot::Time);
-        float* v = SlotColumn(slot::SpeedKph);
-        float* d = SlotColumn(slot::DistanceKm);
         float* rpm = SlotColumn(slot::EngineSpeed);
         float* lon = SlotColumn(slot::AccelLong);
         float* lat = SlotColumn(slot::AccelLat);
-        for (int n = 1; n <= kRuns; ++n) {
-            const RunRecord& r = Store().RunInfo[n];
-            double s = 0;
-            for (int32_t k = 0; k < kRows; ++k) {
-                const int32_t i = r.RunStart + k;
-                const double kph = 100.0 + 60.0 * std::sin(s / 300.0) + n;
-                t[i] = static_cast<float>(k / 100.0);
-                v[i] = static_cast<float>(kph);
-                d[i] = static_cast<float>(s / 1000.0);
-                rpm[i] = static_cast<float>(kph * 40);
-                lon[i] = static_cast<float>(0.8 * std::cos(s / 300.0));
-                lat[i] = static_cast<float>(1.2 * std::sin(s / 150.0));
-                s += kph / 3.6 / 100.0;
-            }
-        }
+        bench::FillSpeedTrace(kRuns, kRows, [&](int32_t i, double s, double kph) {
+            rpm[i] = static_cast<float>(kph * 40);
+            lon[i] = static_cast<float>(0.8 * std::cos(s / 300.0));
+            lat[i] = static_cast<float>(1.2 * std::sin(s / 150.0));
+        });
         for (int k = 0; k < kGraphs; ++k) graphs.push_back(std::make_unique<Graph>(1 + 3 * k));
         const auto& vars = Catalogue().RunVars;
         for (int p = 0; p < 2; ++p) {
@@ -119,7 +103,6 @@ struct Environment {
         table.Load();
         table.Resize(4000, 6000);
     }
-    ~Environment() { test::StopEngine(); }
 };
 
 // Built once for all the variants (ten hours of rows and three graphs of

@@ -8,6 +8,7 @@
 #include <cmath>
 #include <string>
 
+#include "bench_runs.h"
 #include "core/build_profile.h"
 #include "core/config_store.h"
 #include "core/platform.h"
@@ -20,7 +21,6 @@
 #include "store/run_procedures.h"
 #include "store/run_store.h"
 #include "store/slot_columns.h"
-#include "support/engine_fixture.h"
 
 namespace {
 
@@ -32,14 +32,8 @@ constexpr int kMarkers = 10;
 constexpr double kRadius = 190.0;
 
 struct Environment {
-    test::TempDir root;
-    ScriptedPlatform ui;
+    bench::HourRuns runs{Family::MQ7, {1, 8, 11, 21, 22, 23, 24}, kRuns, kRows};
     Environment() {
-        test::StartEngine(root, ui, Family::MQ7, Vehicle::Car);
-        for (int s : {1, 8, 11, 21, 22, 23, 24})
-            SetConfig(Paths().TracelabCfgPath, PlainVarName(s), -1);
-        SetAvailableVars();
-        test::LayOutRuns(kRuns, kRows, "hour");
         float* t = SlotColumn(slot::Time);
         float* v = SlotColumn(slot::SpeedKph);
         float* d = SlotColumn(slot::DistanceKm);
@@ -83,7 +77,6 @@ struct Environment {
             row.EndMarker = Markers().Entries[m % kMarkers + 1].Name;
         }
     }
-    ~Environment() { test::StopEngine(); }
 };
 
 void BM_CrossingsAndTimeSlip(benchmark::State& state) {

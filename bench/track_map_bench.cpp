@@ -13,6 +13,7 @@
 #include <string>
 #include <vector>
 
+#include "bench_runs.h"
 #include "core/build_profile.h"
 #include "core/config_store.h"
 #include "core/scripted_platform.h"
@@ -21,7 +22,6 @@
 #include "store/run_procedures.h"
 #include "store/run_store.h"
 #include "store/slot_columns.h"
-#include "support/engine_fixture.h"
 #include "views/track_map.h"
 
 namespace {
@@ -32,15 +32,13 @@ constexpr int32_t kRows = 360000;
 constexpr int kRuns = 10;
 
 struct Environment {
-    test::TempDir root;
-    ScriptedPlatform ui;
+    bench::HourRuns runs{Family::HX40,
+                         {slot::Time, slot::AccelLong, slot::AccelLat, slot::SpeedKph,
+                          slot::DistanceKm, slot::PositionX, slot::PositionY},
+                         kRuns,
+                         kRows};
     Environment() {
-        test::StartEngine(root, ui, Family::HX40, Vehicle::Car);
-        for (int s : {slot::Time, slot::AccelLong, slot::AccelLat, slot::SpeedKph, slot::DistanceKm,
-                      slot::PositionX, slot::PositionY})
-            SetConfig(Paths().TracelabCfgPath, PlainVarName(s), -1);
-        SetAvailableVars();
-        test::LayOutRuns(kRuns, kRows, "hour");
+        bench::NumberRunNames(kRuns);
         float* t = SlotColumn(slot::Time);
         float* v = SlotColumn(slot::SpeedKph);
         float* d = SlotColumn(slot::DistanceKm);
@@ -51,7 +49,6 @@ struct Environment {
         constexpr double kLap = 3000;
         for (int n = 1; n <= kRuns; ++n) {
             const RunRecord& r = Store().RunInfo[n];
-            Store().RunInfo[n].Name = "hour" + std::to_string(n);
             double s = 0;
             for (int32_t k = 0; k < kRows; ++k) {
                 const int32_t i = r.RunStart + k;
@@ -70,7 +67,6 @@ struct Environment {
             }
         }
     }
-    ~Environment() { test::StopEngine(); }
 };
 
 Environment& Env() {
