@@ -21,6 +21,7 @@
 #include "road/run_road.h"
 #include "shell/app_icons.h"
 #include "shell/lap_forms.h"
+#include "shell/logger_forms.h"
 #include "shell/main_form.h"
 #include "shell/option_dialogs.h"
 #include "shell/run_manager.h"
@@ -266,14 +267,26 @@ void MainForm::RouteCommands() {
     on("mnuHelpContents", [this] { OpenHelp(false); });
     on("mnuHelpSearchForHelpOn", [this] { OpenHelp(true); });
     on("mnuHelpAbout", [this] { ShowAboutBanner(this); });
+    on("mnuConnectLogger", [this] { ShowCommSetup(this); });
+    on("mnuLoggerDownload", [this] {
+        ShowDownloadControl(this);
+        if (!runManager_.isNull()) runManager_->ResetControls();
+        RefreshStatus();
+    });
+    on("mnuLoggerEraseData", [this] { ShowConfirmErase(this); });
+    on("mnuLoggerSetupLogger", [this] {
+        // The meter's set-up (frmSV63Config) is not built yet.
+        if (!Profile().HardwareSV63) ShowSetUpLogger(this);
+    });
 
     // Not in this program yet: the windows of later parts.
     for (const char* later :
-         {"MnuExportRaw", "PrintSetup", "PrintGraph", "PrintAll", "mnuConnectLogger",
-          "mnuLoggerDownload", "mnuLoggerEraseData", "mnuLoggerSetupLogger", "mnuSv63Runs",
+         {"MnuExportRaw", "PrintSetup", "PrintGraph", "PrintAll", "mnuSv63Runs",
           "mnuAddUserGraph", "mnuRemoveUserGraph"}) {
         Entry(QString::fromUtf8(later))->setEnabled(false);
     }
+    // The meter's set-up form (frmSV63Config) is not built yet.
+    if (Profile().HardwareSV63) Entry(QStringLiteral("mnuLoggerSetupLogger"))->setEnabled(false);
     // The meter's own options form (frmLocalSV63CarOptions) is not built yet.
     if (Profile().HardwareSV63) Entry(QStringLiteral("mnuEditOptions"))->setEnabled(false);
 }
