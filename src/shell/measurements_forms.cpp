@@ -135,7 +135,8 @@ AddMeasurementForm::AddMeasurementForm(int row, QWidget* parent) : QDialog(paren
     form->addRow(until_, end_);
     auto* layout = new QVBoxLayout(this);
     layout->addLayout(form);
-    AddOkCancel(this, layout, "OkayBtn", "CancelBtn");
+    QPushButton* ok = AddOkCancel(this, layout, "OkayBtn", "CancelBtn");
+    connect(ok, &QPushButton::clicked, this, &QDialog::accept);
     connect(mode_, &QComboBox::currentIndexChanged, this, [this] { ShowMode(); });
     ShowMode();
 }

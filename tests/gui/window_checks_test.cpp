@@ -22,12 +22,15 @@
 
 #include "shell/help_window.h"
 #include "shell/lap_forms.h"
+#include "shell/measurements_forms.h"
 #include "shell/option_dialogs.h"
+#include "shell/performance_form.h"
 #include "shell/run_manager.h"
 #include "shell/start_forms.h"
 #include "shell/user_channels_form.h"
 #include "shell/variables_form.h"
 #include "shell_fixture.h"
+#include "views/qt/bar_chart_form.h"
 #include "views/qt/graph_xy_form.h"
 #include "views/qt/tool_forms.h"
 #include "views/qt/track_map_form.h"
@@ -157,6 +160,29 @@ TEST_F(WindowChecks, EveryFormFitsTheScreenWithItsTextsWhole) {
     {
         views::AddTrackMarkerForm form(main);
         ExpectFits(&form, "New Marker");
+    }
+    {
+        // The bar chart on each tab, the five axes shown.
+        views::BarChartForm form;
+        form.Chart().settings.MultiBar = 1;
+        const char* tabs[] = {"Bar Chart", "Bar Chart Setup", "Bar Chart Options"};
+        for (int tab = 0; tab < 3; ++tab) {
+            form.ChartTab_Click(tab);
+            ExpectFits(&form, tabs[tab]);
+        }
+    }
+    {
+        shell::MeasurementsForm form(main);
+        ExpectFits(&form, "Track Measurements");
+        shell::AddMeasurementForm dialog(1, main);
+        ExpectFits(&dialog, "Add Measurement");
+    }
+    {
+        shell::PerformanceForm form;
+        for (int page = 0; page < 4; ++page) {
+            form.SSTab_Click(page);
+            ExpectFits(&form, "Calculated Performance Table");
+        }
     }
 }
 
