@@ -73,8 +73,9 @@ TEST_F(ShellTest, MenuTreeToolbarAndTitleOfAnHx40Car) {
     EXPECT_FALSE(Entry("mnuSv63Runs")->isVisible());
     EXPECT_TRUE(Entry("mnuLogger")->isVisible());
     // The windows of later parts stand greyed.
-    EXPECT_FALSE(Entry("mnuGraphHistogram")->isEnabled());
+    EXPECT_FALSE(Entry("mnuAddUserGraph")->isEnabled());
     EXPECT_TRUE(Entry("mnuGraphXYplot")->isEnabled());
+    EXPECT_TRUE(Entry("mnuGraphHistogram")->isEnabled());
     EXPECT_FALSE(Entry("PrintGraph")->isEnabled());
     EXPECT_TRUE(Entry("RunManager")->isEnabled());
     for (const char* key : {"open", "save", "RM", "XY", "HT", "map", "table", "print", "help"})
