@@ -57,9 +57,20 @@
 //   --performance        opens the performance table on its time grid (runs
 //                        processed as for --graph);
 //   --tab N              the page (from 0) the window of --bar-chart or
-//                        --performance is shown on.
+//                        --performance is shown on;
+//   --port DEVICE        stores DEVICE (a serial device or the pseudo-terminal
+//                        of tracelab-logger-emu) as the logger's port, as a
+//                        path typed into "Set Serial Port" is stored;
+//   --menu CONTROL       once the rest is done, runs the menu entry of that
+//                        control name (mnuConnectLogger, mnuLoggerDownload,
+//                        ...), as a click on it does; may be repeated. With
+//                        --screenshot a modal form it brings up is pictured
+//                        once it has stood a second and a half (long enough
+//                        for a form that talks to the logger as it opens).
+#include <QAction>
 #include <QApplication>
 #include <QDir>
+#include <QElapsedTimer>
 #include <QFileInfo>
 #include <QMdiArea>
 #include <QMdiSubWindow>
@@ -78,6 +89,7 @@
 
 #include "core/build_profile.h"
 #include "core/config_store.h"
+#include "link/serial_link.h"
 #include "platform/qt/qt_platform.h"
 #include "platform/qt/qt_serial_port.h"
 #include "results/laps.h"
@@ -120,6 +132,8 @@ struct ProgramOptions {
     int measurementsGraph = 0;
     bool performance = false;
     int tab = -1;
+    QString port;
+    QStringList menus;
 };
 
 ProgramOptions ParseArguments(const QStringList& arguments) {
@@ -167,6 +181,10 @@ ProgramOptions ParseArguments(const QStringList& arguments) {
             options.performance = true;
         } else if (arg == QLatin1String("--tab") && i + 1 < arguments.size()) {
             options.tab = arguments[++i].toInt();
+        } else if (arg == QLatin1String("--port") && i + 1 < arguments.size()) {
+            options.port = arguments[++i];
+        } else if (arg == QLatin1String("--menu") && i + 1 < arguments.size()) {
+            options.menus << arguments[++i];
         } else if (arg == QLatin1String("--quit-after-start")) {
             options.quitAfterStart = true;
         } else if (arg == QLatin1String("--screenshot") && i + 1 < arguments.size()) {
@@ -203,12 +221,15 @@ void AnswerModalForms(const std::string& screenshotPath) {
             }
         }
     }
+    static QElapsedTimer standing;
     QWidget* modal = QApplication::activeModalWidget();
     if (modal == nullptr) return;
     if (modal != pending.data()) {
         pending = modal;
+        standing.start();
         return;
     }
+    if (standing.elapsed() < 1500) return;
     pending.clear();
     if (!screenshotPath.empty()) {
         modal->grab().save(FormPicturePath(screenshotPath, modal->objectName()));
@@ -481,6 +502,15 @@ int main(int argc, char** argv) {
     if (program.performance) {
         tl::shell::PerformanceForm* form = ui.MainWindow()->ShowPerformance();
         form->SSTab_Click(program.tab >= 0 ? program.tab : tl::shell::PerformanceForm::TimesPage);
+    }
+
+    if (!program.port.isEmpty()) tl::SelectCommPort(0, program.port.toStdString());
+    for (const QString& control : program.menus) {
+        if (QAction* entry = ui.MainWindow()->Entry(control);
+            entry != nullptr && entry->isEnabled())
+            entry->trigger();
+        else
+            std::fprintf(stderr, "tracelab: no menu entry %s to run\n", qPrintable(control));
     }
 
     if (program.quitAfterStart) {
