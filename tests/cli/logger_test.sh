@@ -10,6 +10,8 @@ CLI=$(realpath "${1:?usage}")
 EMU=$(realpath "${2:?usage}")
 SAMPLES=$(realpath "${3:?usage}")
 RUN=$SAMPLES/demo_hx40_road.run
+FAMILY=hx40
+BYTES=241504
 WORK=$(mktemp -d "${TMPDIR:-/tmp}/tracelab-logger-test.XXXXXX")
 EMU_PID=
 trap '[ -n "$EMU_PID" ] && kill "$EMU_PID" 2>/dev/null; rm -rf "$WORK"' EXIT
@@ -31,7 +33,7 @@ start_emu() {
     [ -n "$DEV" ] || fail "emulator printed no device ($*)"
 }
 
-logger() { "$CLI" logger --config-dir "$WORK/cfg" --family hx40 --port "$DEV" "$@"; }
+logger() { "$CLI" logger --config-dir "$WORK/cfg" --family "$FAMILY" --port "$DEV" "$@"; }
 
 # same_as_served FILE: the saved run holds the served header, then the empty
 # sample at the run's first raw index, then every served sample.
@@ -63,7 +65,7 @@ download_case() {
     if [ $rc -eq 0 ]; then
         local file
         file=$(sed -n 's/.* file=//p' dl.out)
-        grep -q '^downloaded run 1 bytes=241504 packet=[0-9]* file=' dl.out || fail "$name: $(cat dl.out)"
+        grep -q "^downloaded run 1 bytes=$BYTES packet=[0-9]* file=" dl.out || fail "$name: $(cat dl.out)"
         same_as_served "$file" || fail "$name: the saved run differs from the served one"
     else
         [ $rc -eq 1 ] || fail "$name: exit $rc"
@@ -99,6 +101,18 @@ grep -q "run 1 was not downloaded" dl.err || fail "die-after: $(cat dl.err)"
 download_case quit-mid-download --quit-after 4
 download_case wrong-family --family-byte 3
 grep -q "incorrect version of firmware" dl.err || fail "wrong-family: $(cat dl.err)"
+
+download_case dropped-bytes --drop 1e-5 --seed 5
+download_case doubled-bytes --dup 1e-5 --seed 5
+
+# The SV63 meter: its wake sequence, its slower answers and its own pauses.
+RUN=$SAMPLES/demo_sv63_kart.run
+FAMILY=sv63
+BYTES=85184
+download_case sv63-clean
+download_case sv63-bit-errors --bit-errors 1e-5
+RUN=$SAMPLES/demo_hx40_road.run
+FAMILY=hx40
 
 start_emu --baud 0
 out=$(logger erase --yes) || fail "erase exit $?"
