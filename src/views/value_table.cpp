@@ -10,6 +10,7 @@
 #include "core/log.h"
 #include "core/support.h"
 #include "store/catalogue.h"
+#include "store/run_procedures.h"
 #include "store/run_store.h"
 
 namespace tl {
@@ -121,6 +122,11 @@ void ValueTable::UpDateMultiVarTable(int32_t row, int32_t column, int32_t column
                 cell.text = FormToSD(v, 4);
                 cell.colour = colour;
             }
+            // The heading names the run the column shows.
+            const int32_t run = rowOk ? FindRunOfRow(row) : 0;
+            Cell& heading = cells_[0][column];
+            heading.text = run >= 1 ? Store().RunInfo[run].Name : std::string();
+            heading.colour = colour;
         } else {
             LogDebug("Value column out of range error");
         }

@@ -2,7 +2,8 @@
 // variable at the present row, one column per displayed run, following the
 // cursor of the other views.
 //
-// The grid model: row 0 is the heading row, then one row per enabled RunVars
+// The grid model: row 0 is the heading row (over each run's column the run's
+// name, in the column's colour), then one row per enabled RunVars
 // slot (1 to 201, in slot order); column 0 holds the variable names, then one
 // column per run (column 1 is panel 0's run). A widget (ValuesGrid, a flex
 // grid) shows Cell(row, column).text in Cell(row, column).colour, with the

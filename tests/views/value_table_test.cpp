@@ -57,6 +57,9 @@ TEST_F(ValueTableTest, TheRowsValuesInTheRunsColumn) {
         if (Catalogue().RunVars[s].Enabled) enabled.push_back(s);
     ASSERT_EQ(table.Rows(), static_cast<int32_t>(enabled.size()) + 1);
     EXPECT_EQ(table.Cols(), 2);
+    // The heading row names the column's run.
+    EXPECT_EQ(table.At(0, 1).text, Store().RunInfo[1].Name);
+    EXPECT_FALSE(table.At(0, 1).text.empty());
     for (size_t r = 0; r < enabled.size(); ++r) {
         const int s = enabled[r];
         const int32_t row = static_cast<int32_t>(r) + 1;
