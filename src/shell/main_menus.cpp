@@ -280,9 +280,8 @@ void MainForm::RouteCommands() {
     });
 
     // Not in this program yet: the windows of later parts.
-    for (const char* later :
-         {"MnuExportRaw", "PrintSetup", "PrintGraph", "PrintAll", "mnuSv63Runs",
-          "mnuAddUserGraph", "mnuRemoveUserGraph"}) {
+    for (const char* later : {"MnuExportRaw", "PrintSetup", "PrintGraph", "PrintAll", "mnuSv63Runs",
+                              "mnuAddUserGraph", "mnuRemoveUserGraph"}) {
         Entry(QString::fromUtf8(later))->setEnabled(false);
     }
     // The meter's set-up form (frmSV63Config) is not built yet.

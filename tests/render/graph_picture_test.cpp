@@ -23,9 +23,7 @@ namespace {
 
 class GraphPicture : public test::EngineTest {
   protected:
-    void LoadDemo() {
-        ASSERT_EQ(LoadDemoRun(), 1);
-    }
+    void LoadDemo() { ASSERT_EQ(LoadDemoRun(), 1); }
     GraphModel Graph(std::initializer_list<const char*> ys) {
         GraphModel g;
         g.Load(1);
