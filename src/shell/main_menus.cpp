@@ -17,6 +17,7 @@
 #include "core/config_store.h"
 #include "core/ui_services.h"
 #include "files/car_files.h"
+#include "files/csv_export.h"
 #include "files/raw_run_files.h"
 #include "road/run_road.h"
 #include "shell/app_icons.h"
@@ -189,6 +190,7 @@ void MainForm::RouteCommands() {
         DefaultDirectoriesForm form(this);
         form.exec();
     });
+    on("MnuExportRaw", [] { ExportRawDataToFile(); });
     on("mnuFileExit", [this] { ExitProgram(); });
     on("mnuEditOptions", [this] {
         CarOptionsForm form(this);
@@ -280,7 +282,7 @@ void MainForm::RouteCommands() {
     });
 
     // Not in this program yet: the windows of later parts.
-    for (const char* later : {"MnuExportRaw", "PrintSetup", "PrintGraph", "PrintAll", "mnuSv63Runs",
+    for (const char* later : {"PrintSetup", "PrintGraph", "PrintAll", "mnuSv63Runs",
                               "mnuAddUserGraph", "mnuRemoveUserGraph"}) {
         Entry(QString::fromUtf8(later))->setEnabled(false);
     }

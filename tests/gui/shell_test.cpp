@@ -77,6 +77,7 @@ TEST_F(ShellTest, MenuTreeToolbarAndTitleOfAnHx40Car) {
     EXPECT_TRUE(Entry("mnuGraphXYplot")->isEnabled());
     EXPECT_TRUE(Entry("mnuGraphHistogram")->isEnabled());
     EXPECT_FALSE(Entry("PrintGraph")->isEnabled());
+    EXPECT_TRUE(Entry("MnuExportRaw")->isEnabled());
     EXPECT_TRUE(Entry("RunManager")->isEnabled());
     for (const char* key : {"open", "save", "RM", "XY", "HT", "map", "table", "print", "help"})
         EXPECT_NE(main->Toolbar()->findChild<QAction*>(QString::fromUtf8(key)), nullptr) << key;
