@@ -1,7 +1,6 @@
 #include "views/bar_chart.h"
 
 #include <algorithm>
-#include <charconv>
 #include <cmath>
 
 #include "core/support.h"
@@ -9,6 +8,7 @@
 #include "store/catalogue.h"
 #include "store/run_procedures.h"
 #include "store/run_store.h"
+#include "views/view_data.h"
 
 namespace tl {
 namespace {
@@ -20,35 +20,6 @@ bool Ticked(int16_t box) {
 // Round half to even, as the platform's Round did.
 double RoundEven(double v) {
     return std::nearbyint(v);
-}
-
-// The column of a named variable (a name no longer known, or "Select
-// Variable", reads the shared "*No Data*" column); nullptr when RunData has
-// no such column.
-const float* ColumnOfName(const std::string& name) {
-    RunArray& rd = Store().RunData;
-    const int32_t c = FindVarIndex(name);
-    if (c < 0 || c >= rd.Columns()) return nullptr;
-    auto col = rd.Column(c);
-    return col.empty() ? nullptr : col.data();
-}
-
-// The run of an axis as the count takes it: held within 1 to RunCount and
-// written back.
-int32_t ClampedRun(BarChartAxisSettings& a) {
-    const int32_t count = std::max(Store().RunCount, 1);
-    double run = RoundEven(GetVal(a.AxisRun));
-    if (!(run >= 1)) run = 1;
-    if (run > count) run = count;
-    a.AxisRun = std::to_string(static_cast<int32_t>(run));
-    return static_cast<int32_t>(run);
-}
-
-// The shortest decimal text that reads back as the same single.
-std::string ShortestSingle(float v) {
-    char buf[64];
-    const auto res = std::to_chars(buf, buf + sizeof buf, v);
-    return res.ec == std::errc() ? std::string(buf, res.ptr) : std::string("0");
 }
 
 // Counts one run's samples into counts (1 to bins). The bin a stretch of
@@ -186,7 +157,7 @@ void BarChart::CalcFrequency() {
         BarChartAxisSettings& a = settings.Axes[k];
         const float lo = static_cast<float>(GetVal(a.ConstrainMin));
         const float hi = static_cast<float>(GetVal(a.ConstrainMax));
-        const int32_t run = ClampedRun(a);
+        const int32_t run = ClampAxisRun(a.AxisRun);
         if (st.RunCount < 1 || !x || !c) continue;
         const RunRecord& r = st.RunInfo[std::clamp(run, 1, 11)];
         const int32_t first = std::max(r.RunStart, 0);
@@ -234,17 +205,7 @@ void BarChart::ShowLines_Click() {
 
 void BarChart::AxisRun_Change(int axis) {
     if (axis < 0 || axis >= kBarChartAxes) return;
-    BarChartAxisSettings& a = settings.Axes[axis];
-    const int32_t count = Store().RunCount;
-    const double v = GetVal(a.AxisRun);
-    if (v > count)
-        a.AxisRun = "1";
-    else if (v < 1)
-        a.AxisRun = std::to_string(count);
-    const double run = RoundEven(GetVal(a.AxisRun));
-    AxisRunName[axis] = (run >= 1 && run <= count && run <= 11)
-                            ? Store().RunInfo[static_cast<int>(run)].Name
-                            : std::string();
+    AxisRunName[axis] = WrapAxisRun(settings.Axes[axis].AxisRun);
 }
 
 std::vector<std::string> BarChart::VariableNames() {

@@ -1,7 +1,6 @@
 #include "views/graph_model.h"
 
 #include <algorithm>
-#include <charconv>
 #include <cmath>
 #include <limits>
 
@@ -13,6 +12,7 @@
 #include "store/catalogue.h"
 #include "store/run_procedures.h"
 #include "store/run_store.h"
+#include "views/view_data.h"
 
 namespace tl {
 namespace {
@@ -29,16 +29,6 @@ double RoundEven(double v) {
 // A number as a text box shows it after the program wrote it there.
 std::string BoxText(float v) {
     return ConfigNumberText(v);
-}
-
-// The column of a named variable (a name no longer known reads the shared
-// "*No Data*" column), nullptr when RunData has no such column.
-const float* ColumnOfName(const std::string& name) {
-    RunArray& rd = Store().RunData;
-    const int32_t c = FindVarIndex(name);
-    if (c < 0 || c >= rd.Columns()) return nullptr;
-    auto col = rd.Column(c);
-    return col.empty() ? nullptr : col.data();
 }
 
 // The exponent search of the nice span: from -6 up until span x 10^e is at
@@ -138,27 +128,12 @@ void GraphModel::MultipleXAxis_Click() {
 }
 
 void GraphModel::AxisRun_Change(int slot) {
-    GraphSlotSettings& g = settings.Slots[slot];
-    const int32_t count = Store().RunCount;
-    const double v = GetVal(g.AxisRun);
-    if (v > count)
-        g.AxisRun = "1";
-    else if (v < 1)
-        g.AxisRun = std::to_string(count);
-    const double run = RoundEven(GetVal(g.AxisRun));
-    AxisRunName[slot] = (run >= 1 && run <= count && run <= 11)
-                            ? Store().RunInfo[static_cast<int>(run)].Name
-                            : std::string();
+    AxisRunName[slot] = WrapAxisRun(settings.Slots[slot].AxisRun);
     if (slot == 0) MultipleXAxis_Click();
 }
 
 int32_t GraphModel::LegalRun(int slot) {
-    GraphSlotSettings& g = settings.Slots[slot];
-    const int32_t count = std::max(Store().RunCount, 1);
-    double run = RoundEven(GetVal(g.AxisRun));
-    if (!(run >= 1)) run = 1;
-    if (run > count) run = count;
-    g.AxisRun = std::to_string(static_cast<int32_t>(run));
+    ClampAxisRun(settings.Slots[slot].AxisRun);
     AxisRun_Change(slot);
     return static_cast<int32_t>(RoundEven(GetVal(settings.Slots[slot].AxisRun)));
 }
@@ -555,17 +530,6 @@ std::vector<std::string> GraphModel::VariableNames() {
         if (vars[s].Enabled) names.push_back(vars[s].Name);
     return names;
 }
-
-namespace {
-
-// The shortest decimal text that reads back as the same single.
-std::string ShortestSingle(float v) {
-    char buf[64];
-    const auto res = std::to_chars(buf, buf + sizeof buf, v);
-    return res.ec == std::errc() ? std::string(buf, res.ptr) : std::string("0");
-}
-
-}  // namespace
 
 std::string GraphModel::ClipboardText() const {
     std::string text;
