@@ -175,6 +175,8 @@ void CheckRunsAvailable(DownloadControl& form) {
 }
 
 bool LoadDownloadForm(DownloadControl& form) {
+    // A new job: an abort pressed during an earlier one is spent.
+    Link().AbortFlag = false;
     form.caption = "Loading run information....";
     Refresh(form);
     if (ConnectToLogger() < 1) {

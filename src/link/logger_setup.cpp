@@ -9,6 +9,8 @@
 namespace tl {
 
 bool LoadLoggerSettings(LoggerSettings& settings) {
+    // A new job: an abort pressed during an earlier one is spent.
+    Link().AbortFlag = false;
     if (ConnectToLogger() < 1) {
         DisconnectFromLogger();
         return false;
@@ -39,6 +41,8 @@ std::string CheckLoggerSettings(const LoggerSettings& s) {
 }
 
 bool ApplyLoggerSettings(const LoggerSettings& s) {
+    // A new job: an abort pressed during an earlier one is spent.
+    Link().AbortFlag = false;
     if (ConnectToLogger() < 1) return false;
     if (!SetAnalSpan(1, s.channel1Span)) Message("Device communications error");
     if (!SetAnalSpan(2, s.channel2Span)) Message("Device communications error");
@@ -57,6 +61,8 @@ bool ApplyLoggerSettings(const LoggerSettings& s) {
 }
 
 EraseResult EraseLogger() {
+    // A new job: an abort pressed during an earlier one is spent.
+    Link().AbortFlag = false;
     if (ConnectToLogger() < 1) return EraseResult::NotConnected;
     Link().InputMode = 1;
     SendText("E");
